@@ -1,0 +1,62 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "catalogue/AppEntry.h"
+
+#include <QHash>
+#include <QList>
+#include <QObject>
+
+namespace velkor {
+
+class Preferences;
+class Workspace;
+class InstalledAppSource;
+
+// Letter key → running apps with that key, in cycling order.
+using LetterMap = QHash<QString, QList<AppEntry>>;
+
+// The running apps the switcher works on, the per-letter map with its learnt
+// order, and the installed apps that search can offer.
+class AppRegistry : public QObject
+{
+    Q_OBJECT
+public:
+    // Reads the running apps at once, follows the workspace's notifications
+    // and, when a source is given, starts one scan of the installed apps on a
+    // worker thread.
+    AppRegistry(Workspace& workspace, const InstalledAppSource* installed, Preferences& prefs,
+                QObject* parent = nullptr);
+    ~AppRegistry() override;
+
+    const QList<AppEntry>& runningApps() const { return m_runningApps; }
+    const LetterMap& letterMap() const { return m_letterMap; }
+    const QList<AppEntry>& installedApps() const { return m_installedApps; }
+
+    // Rebuilds the running apps from the platform, then the letter map.
+    void refreshRunning();
+
+    // The full lower-casing of name, first grapheme cluster; "" for "".
+    static QString letterKey(const QString& name);
+
+    // Locale-aware, case-insensitive: <0, 0, >0.
+    static int compareNames(const QString& a, const QString& b);
+
+signals:
+    void runningAppsChanged();
+    void letterMapChanged();
+    void installedAppsChanged();
+
+private:
+    void rebuildLetterMap();
+    void indexInstalledApps(const InstalledAppSource& source);
+    void storeInstalledApps(QList<AppEntry> entries);
+
+    Workspace& m_workspace;
+    Preferences& m_prefs;
+    QList<AppEntry> m_runningApps;
+    LetterMap m_letterMap;
+    QList<AppEntry> m_installedApps;
+};
+
+} // namespace velkor

@@ -1,0 +1,65 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QString>
+#include <QtGlobal>
+
+#include <functional>
+
+namespace velkor {
+
+// The event kinds the key monitor sees. Key codes and the flag word follow
+// the macOS event-tap conventions on every platform: backends translate their
+// own codes by physical key position (see KeyCodes.h).
+enum class KeyEventType {
+    KeyDown,
+    KeyUp,
+    FlagsChanged,
+    TapDisabledByTimeout,
+    TapDisabledByUserInput,
+};
+
+struct KeyEvent
+{
+    KeyEventType type = KeyEventType::KeyDown;
+    qint64 keyCode = 0;
+    quint64 flags = 0;
+    QString characters;     // what the key types with modifiers ignored; may be empty
+    double timestamp = 0;   // seconds on the Clock's time line
+};
+
+enum class KeyDecision { Pass, Swallow };
+
+// What a backend must watch besides the activation key. Backends that see
+// every key (an event tap) may ignore it; those that grab keys (X11) grab
+// exactly these.
+struct KeyWatch
+{
+    qint64 activationKeyCode = 54;
+    bool commandTab = false;    // Command/Super + Tab
+    bool commandGrave = true;   // Command/Super + grave accent
+};
+
+// The global keyboard hook. Every event is handed to the callback on the
+// main thread; Swallow keeps it from the focused application.
+class KeySource
+{
+public:
+    using Callback = std::function<KeyDecision(const KeyEvent&)>;
+
+    virtual ~KeySource() = default;
+
+    // Installs the hook; true when it is in place afterwards. A second call
+    // installs nothing new.
+    virtual bool install(Callback callback) = 0;
+    virtual bool isInstalled() const = 0;
+
+    // Updates what is watched; takes effect at once when installed.
+    virtual void watch(const KeyWatch& keys) = 0;
+
+    // The platform may switch the hook off (a slow callback, lost grabs).
+    virtual bool isEnabled() const = 0;
+    virtual void enable() = 0;
+};
+
+} // namespace velkor

@@ -1,0 +1,125 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "settings/SettingsEnums.h"
+
+#include <QMap>
+#include <QObject>
+#include <QSettings>
+#include <QStringList>
+
+#include <memory>
+#include <optional>
+
+namespace velkor {
+
+// Letter key → bundle ids chosen with it, most recent first, at most 20.
+using LetterUsage = QMap<QString, QStringList>;
+
+// The persisted settings. Every property is loaded once at construction
+// (bad stored values fall back to their defaults and never reach the rest of
+// the program) and written back on every assignment.
+class Preferences : public QObject
+{
+    Q_OBJECT
+public:
+    // Takes ownership of the store. An INI store that cannot be parsed at all
+    // is moved aside (renamed, never deleted) and a fresh one is used.
+    explicit Preferences(std::unique_ptr<QSettings> store, QObject* parent = nullptr);
+    ~Preferences() override;
+
+    // The user's store: the native format (user defaults on macOS, an INI
+    // file under the XDG config folder on Linux).
+    static std::unique_ptr<QSettings> openUserStore();
+
+    bool overlayEnabled() const { return m_overlayEnabled; }
+    double overlayDelay() const { return m_overlayDelay; }
+    OverlayPosition overlayPosition() const { return m_overlayPosition; }
+    bool blurEnabled() const { return m_blurEnabled; }
+    QString accentHex() const { return m_accentHex; }
+    AppTheme theme() const { return m_theme; }
+    bool launchAtLogin() const { return m_launchAtLogin; }
+    bool searchIncludesApps() const { return m_searchIncludesApps; }
+    ModifierKey modifierKey() const { return m_modifierKey; }
+    bool letterLaunchesApps() const { return m_letterLaunchesApps; }
+    bool cmdBacktickCycle() const { return m_cmdBacktickCycle; }
+    bool replaceCommandTab() const { return m_replaceCommandTab; }
+    bool mouseFollowsFocus() const { return m_mouseFollowsFocus; }
+    SpaceMode spaceMode() const { return m_spaceMode; }
+    bool switchOnRelease() const { return m_switchOnRelease; }
+    QStringList excludedBundleIds() const { return m_excludedBundleIds; }
+    LetterUsage letterUsage() const { return m_letterUsage; }
+
+    // Each setter notifies, then writes to the store, even when unchanged.
+    void setOverlayEnabled(bool value);
+    void setOverlayDelay(double seconds);
+    void setOverlayPosition(OverlayPosition value);
+    void setBlurEnabled(bool value);
+    void setAccentHex(const QString& value);
+    void setTheme(AppTheme value);
+    void setLaunchAtLogin(bool value);
+    void setSearchIncludesApps(bool value);
+    void setModifierKey(ModifierKey value);
+    void setLetterLaunchesApps(bool value);
+    void setCmdBacktickCycle(bool value);
+    void setReplaceCommandTab(bool value);
+    void setMouseFollowsFocus(bool value);
+    void setSpaceMode(SpaceMode value);
+    void setSwitchOnRelease(bool value);
+    void setExcludedBundleIds(const QStringList& value);
+    void setLetterUsage(const LetterUsage& value);
+
+    // Adds or removes one id; the stored list stays sorted and duplicate-free.
+    void setExcluded(bool excluded, const QString& bundleId);
+
+    // Notes that bundleId was chosen with letter: it moves to the front of
+    // that letter's list. Without a bundle id nothing happens.
+    void recordLetterUsage(const QString& letter, const std::optional<QString>& bundleId);
+
+    QSettings& store() { return *m_store; }
+
+signals:
+    // One signal per setting, plus changed() after any of them.
+    void overlayEnabledChanged();
+    void overlayDelayChanged();
+    void overlayPositionChanged();
+    void blurEnabledChanged();
+    void accentHexChanged();
+    void themeChanged();
+    void launchAtLoginChanged();
+    void searchIncludesAppsChanged();
+    void modifierKeyChanged();
+    void letterLaunchesAppsChanged();
+    void cmdBacktickCycleChanged();
+    void replaceCommandTabChanged();
+    void mouseFollowsFocusChanged();
+    void spaceModeChanged();
+    void switchOnReleaseChanged();
+    void excludedBundleIdsChanged();
+    void letterUsageChanged();
+    void changed();
+
+private:
+    void load();
+
+    std::unique_ptr<QSettings> m_store;
+    bool m_overlayEnabled = true;
+    double m_overlayDelay = 0.25;
+    OverlayPosition m_overlayPosition = OverlayPosition::bottomRight;
+    bool m_blurEnabled = true;
+    QString m_accentHex = QStringLiteral("#FEBC2E");
+    AppTheme m_theme = AppTheme::system;
+    bool m_launchAtLogin = false;
+    bool m_searchIncludesApps = true;
+    ModifierKey m_modifierKey = ModifierKey::rightCommand;
+    bool m_letterLaunchesApps = true;
+    bool m_cmdBacktickCycle = true;
+    bool m_replaceCommandTab = false;
+    bool m_mouseFollowsFocus = false;
+    SpaceMode m_spaceMode = SpaceMode::followApp;
+    bool m_switchOnRelease = false;
+    QStringList m_excludedBundleIds;
+    LetterUsage m_letterUsage;
+};
+
+} // namespace velkor
