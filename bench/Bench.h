@@ -2,7 +2,6 @@
 #pragma once
 
 #include <QString>
-
 #include <chrono>
 #include <functional>
 #include <utility>
@@ -20,8 +19,7 @@ using BenchFn = std::function<void()>;
 bool registerBench(const char* name, BenchFn fn);
 
 // Seconds taken by fn, best of `rounds` runs.
-template <typename Fn>
-double bestOf(int rounds, Fn&& fn)
+template <typename Fn> double bestOf(int rounds, Fn&& fn)
 {
     double best = 1e300;
     for (int i = 0; i < rounds; ++i) {
@@ -35,7 +33,7 @@ double bestOf(int rounds, Fn&& fn)
 
 } // namespace velkor::bench
 
-#define VELKOR_BENCH(name) \
-    static void name(); \
-    static const bool name##_registered = velkor::bench::registerBench(#name, &name); \
+#define VELKOR_BENCH(name)                                                                         \
+    static void name();                                                                            \
+    static const bool name##_registered = velkor::bench::registerBench(#name, &name);              \
     static void name()

@@ -4,8 +4,7 @@
 namespace velkor {
 
 namespace {
-template <typename T>
-size_t hashOptional(const std::optional<T>& value, size_t seed)
+template <typename T> size_t hashOptional(const std::optional<T>& value, size_t seed)
 {
     using ::qHash;
     seed = qHashMulti(seed, value.has_value());

@@ -6,7 +6,6 @@
 #include <QHash>
 #include <QString>
 #include <QUrl>
-
 #include <optional>
 
 namespace velkor {
@@ -18,7 +17,7 @@ struct AppEntry
 {
     QString id;
     QString name;
-    std::optional<QUrl> url;  // the bundle (.app or .desktop file)
+    std::optional<QUrl> url; // the bundle (.app or .desktop file)
     std::optional<QString> bundleId;
     std::optional<Pid> pid;
 

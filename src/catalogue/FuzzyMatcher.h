@@ -3,7 +3,6 @@
 
 #include <QList>
 #include <QString>
-
 #include <algorithm>
 #include <optional>
 #include <utility>

@@ -12,7 +12,6 @@
 
 #include <QList>
 #include <QString>
-
 #include <optional>
 
 namespace velkor {
@@ -27,7 +26,12 @@ class Preferences;
 class AppCoordinator final : public KeyMonitorHandler
 {
 public:
-    enum class Mode { hint, letterCycle, search };
+    enum class Mode
+    {
+        hint,
+        letterCycle,
+        search
+    };
 
     AppCoordinator(Platform& platform, Preferences& prefs, AppRegistry& registry,
                    OverlayController::PanelFactory makePanel);

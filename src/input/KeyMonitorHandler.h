@@ -6,7 +6,8 @@
 namespace velkor {
 
 // The action keys, in this order; W, Q and H count only with Left Command.
-enum class KeyAction {
+enum class KeyAction
+{
     cancel,
     commit,
     next,

@@ -9,7 +9,6 @@
 #include <QPointF>
 #include <QRectF>
 #include <QSizeF>
-
 #include <functional>
 #include <memory>
 #include <optional>
@@ -45,7 +44,10 @@ public:
     void showNow();
     void hide();
     void layout(OverlayPanel& panel);
-    OverlayPanel& ensurePanel();
+
+    // Creates the panel on first use. Null when the factory makes none (a
+    // build without widgets): every show and layout is then a no-op.
+    OverlayPanel* ensurePanel();
 
     // Where a panel of this size goes within the usable screen area.
     static QPointF panelOrigin(OverlayPosition position, const QRectF& area, const QSizeF& size);

@@ -4,7 +4,6 @@
 #include "platform/Workspace.h"
 
 #include <QString>
-
 #include <optional>
 
 namespace velkor {
@@ -19,11 +18,11 @@ struct OverlayItem
     QString id;
     QString title;
     std::optional<QString> subtitle;
-    std::optional<QString> badge;     // shown upper-cased in the letter chip
-    std::optional<qint64> number;     // 1-based ordinal
+    std::optional<QString> badge; // shown upper-cased in the letter chip
+    std::optional<qint64> number; // 1-based ordinal
     std::optional<QString> bundleId;
     std::optional<Pid> pid;
-    std::optional<QString> iconPath;  // bundle whose icon is shown
+    std::optional<QString> iconPath; // bundle whose icon is shown
 
     friend bool operator==(const OverlayItem&, const OverlayItem&) = default;
 };

@@ -3,7 +3,6 @@
 
 #include <QRectF>
 #include <QSizeF>
-
 #include <optional>
 
 namespace velkor {

@@ -3,7 +3,6 @@
 
 #include <QList>
 #include <QString>
-
 #include <optional>
 
 namespace velkor {
@@ -11,9 +10,9 @@ namespace velkor {
 // One installed application found on disk, in the walk's order.
 struct InstalledApp
 {
-    QString path;                     // .app bundle or .desktop file
-    std::optional<QString> name;      // CFBundleName / desktop entry Name, when present
-    std::optional<QString> bundleId;  // bundle id / desktop id, when present
+    QString path;                    // .app bundle or .desktop file
+    std::optional<QString> name;     // CFBundleName / desktop entry Name, when present
+    std::optional<QString> bundleId; // bundle id / desktop id, when present
 };
 
 // Walks the application folders. scan() runs on a worker thread and must not

@@ -3,7 +3,6 @@
 
 #include <QString>
 #include <QtGlobal>
-
 #include <functional>
 
 namespace velkor {
@@ -11,7 +10,8 @@ namespace velkor {
 // The event kinds the key monitor sees. Key codes and the flag word follow
 // the macOS event-tap conventions on every platform: backends translate their
 // own codes by physical key position (see KeyCodes.h).
-enum class KeyEventType {
+enum class KeyEventType
+{
     KeyDown,
     KeyUp,
     FlagsChanged,
@@ -24,11 +24,15 @@ struct KeyEvent
     KeyEventType type = KeyEventType::KeyDown;
     qint64 keyCode = 0;
     quint64 flags = 0;
-    QString characters;     // what the key types with modifiers ignored; may be empty
-    double timestamp = 0;   // seconds on the Clock's time line
+    QString characters;   // what the key types with modifiers ignored; may be empty
+    double timestamp = 0; // seconds on the Clock's time line
 };
 
-enum class KeyDecision { Pass, Swallow };
+enum class KeyDecision
+{
+    Pass,
+    Swallow
+};
 
 // What a backend must watch besides the activation key. Backends that see
 // every key (an event tap) may ignore it; those that grab keys (X11) grab
@@ -36,8 +40,8 @@ enum class KeyDecision { Pass, Swallow };
 struct KeyWatch
 {
     qint64 activationKeyCode = 54;
-    bool commandTab = false;    // Command/Super + Tab
-    bool commandGrave = true;   // Command/Super + grave accent
+    bool commandTab = false;  // Command/Super + Tab
+    bool commandGrave = true; // Command/Super + grave accent
 };
 
 // The global keyboard hook. Every event is handed to the callback on the

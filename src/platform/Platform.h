@@ -4,6 +4,7 @@
 #include "platform/Clock.h"
 #include "platform/InstalledAppSource.h"
 #include "platform/KeySource.h"
+#include "platform/ShellIntegration.h"
 #include "platform/SpaceSystem.h"
 #include "platform/SystemServices.h"
 #include "platform/WindowSystem.h"
@@ -26,6 +27,7 @@ struct Platform
     std::unique_ptr<TrustCheck> trust;
     std::unique_ptr<LoginItem> loginItem;
     std::unique_ptr<Updater> updater;
+    std::unique_ptr<ShellIntegration> shell;
 };
 
 // The backend for the running Qt platform plugin ("xcb" → X11, macOS → mac,

@@ -5,7 +5,6 @@
 
 #include <QList>
 #include <QString>
-
 #include <optional>
 
 namespace velkor {
@@ -15,8 +14,8 @@ namespace velkor {
 struct SpaceLayout
 {
     QString displayId = QStringLiteral("Main");
-    QList<quint64> spaceIds;  // in the platform's order: Space n is spaceIds[n - 1]
-    int currentIndex = 0;     // 0 when the current Space is not in the list
+    QList<quint64> spaceIds; // in the platform's order: Space n is spaceIds[n - 1]
+    int currentIndex = 0;    // 0 when the current Space is not in the list
 
     friend bool operator==(const SpaceLayout&, const SpaceLayout&) = default;
 };
@@ -26,7 +25,7 @@ struct ServerWindow
 {
     quint32 number = 0;
     Pid ownerPid = 0;
-    int layer = 0;  // 0 for normal application windows
+    int layer = 0; // 0 for normal application windows
 };
 
 // Reading and changing virtual desktops. Calls answer false or absent when

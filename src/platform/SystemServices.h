@@ -24,7 +24,13 @@ public:
 class LoginItem
 {
 public:
-    enum class Status { NotRegistered, Enabled, RequiresApproval, NotFound };
+    enum class Status
+    {
+        NotRegistered,
+        Enabled,
+        RequiresApproval,
+        NotFound
+    };
     virtual ~LoginItem() = default;
     virtual Status status() = 0;
     // Each returns false and fills error on failure.

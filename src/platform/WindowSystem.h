@@ -7,7 +7,6 @@
 #include <QPointF>
 #include <QRectF>
 #include <QString>
-
 #include <memory>
 #include <optional>
 
@@ -26,8 +25,8 @@ using WindowHandle = std::shared_ptr<const WindowElement>;
 struct RawWindow
 {
     WindowHandle element;
-    std::optional<QString> title;    // absent when unreadable
-    std::optional<bool> minimized;   // absent when unreadable
+    std::optional<QString> title;  // absent when unreadable
+    std::optional<bool> minimized; // absent when unreadable
 };
 
 // Windows of running applications and the pointer. Every call is a best

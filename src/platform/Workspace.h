@@ -4,7 +4,6 @@
 #include <QList>
 #include <QObject>
 #include <QString>
-
 #include <optional>
 
 namespace velkor {
@@ -16,10 +15,10 @@ using Pid = qint32;
 struct RunningApp
 {
     Pid pid = 0;
-    std::optional<QString> bundleId;     // macOS bundle id; X11: desktop id or WM_CLASS class
-    std::optional<QString> name;         // localised display name
-    std::optional<QString> bundlePath;   // .app bundle or .desktop file
-    bool regular = true;                 // an ordinary app that owns normal windows
+    std::optional<QString> bundleId;   // macOS bundle id; X11: desktop id or WM_CLASS class
+    std::optional<QString> name;       // localised display name
+    std::optional<QString> bundlePath; // .app bundle or .desktop file
+    bool regular = true;               // an ordinary app that owns normal windows
 
     friend bool operator==(const RunningApp&, const RunningApp&) = default;
 };

@@ -3,7 +3,6 @@
 
 #include <QColor>
 #include <QStringView>
-
 #include <optional>
 
 namespace velkor {

@@ -7,7 +7,6 @@
 #include <QObject>
 #include <QSettings>
 #include <QStringList>
-
 #include <memory>
 #include <optional>
 

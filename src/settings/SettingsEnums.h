@@ -3,7 +3,6 @@
 
 #include <QList>
 #include <QString>
-
 #include <optional>
 
 namespace velkor {
@@ -11,10 +10,34 @@ namespace velkor {
 // The case order of each enumeration is the order of its picker in the
 // settings window; raw values are what is stored.
 
-enum class ModifierKey { rightCommand, rightOption, rightControl, leftCommand, leftOption, leftControl };
-enum class OverlayPosition { center, bottomRight, bottomLeft, topRight, topLeft };
-enum class AppTheme { system, light, dark };
-enum class SpaceMode { followApp, gatherWindows };
+enum class ModifierKey
+{
+    rightCommand,
+    rightOption,
+    rightControl,
+    leftCommand,
+    leftOption,
+    leftControl
+};
+enum class OverlayPosition
+{
+    center,
+    bottomRight,
+    bottomLeft,
+    topRight,
+    topLeft
+};
+enum class AppTheme
+{
+    system,
+    light,
+    dark
+};
+enum class SpaceMode
+{
+    followApp,
+    gatherWindows
+};
 
 QString rawValue(ModifierKey key);
 QString rawValue(OverlayPosition position);

@@ -4,7 +4,6 @@
 #include "platform/WindowSystem.h"
 
 #include <QString>
-
 #include <optional>
 
 namespace velkor {
@@ -14,7 +13,7 @@ namespace velkor {
 struct WindowEntry
 {
     QString id;
-    QString title;  // the app's name when the window's title is unreadable
+    QString title; // the app's name when the window's title is unreadable
     QString appName;
     Pid pid = 0;
     std::optional<QString> bundleId;

@@ -40,7 +40,8 @@ void FakeClock::advance(double seconds)
         // The earliest due task; ties run in the order they were scheduled.
         auto next = m_tasks.end();
         for (auto it = m_tasks.begin(); it != m_tasks.end(); ++it) {
-            if (it->second.due <= end && (next == m_tasks.end() || it->second.due < next->second.due))
+            if (it->second.due <= end &&
+                (next == m_tasks.end() || it->second.due < next->second.due))
                 next = it;
         }
         if (next == m_tasks.end())
@@ -51,7 +52,7 @@ void FakeClock::advance(double seconds)
             next->second.due += next->second.interval;
         else
             m_tasks.erase(next);
-        run();  // may schedule or cancel tasks
+        run(); // may schedule or cancel tasks
     }
     m_now = end;
 }
@@ -60,7 +61,8 @@ void FakeClock::advance(double seconds)
 
 bool FakeWorkspace::isRunning(Pid pid) const
 {
-    return std::any_of(apps.begin(), apps.end(), [pid](const RunningApp& a) { return a.pid == pid; });
+    return std::any_of(apps.begin(), apps.end(),
+                       [pid](const RunningApp& a) { return a.pid == pid; });
 }
 
 void FakeWorkspace::unhide(Pid pid)
@@ -309,6 +311,7 @@ FakePlatform::FakePlatform()
     auto t = std::make_unique<FakeTrustCheck>();
     auto li = std::make_unique<FakeLoginItem>();
     auto up = std::make_unique<FakeUpdater>();
+    auto sh = std::make_unique<FakeShellIntegration>();
     clock = c.get();
     workspace = ws.get();
     windows = win.get();
@@ -318,6 +321,7 @@ FakePlatform::FakePlatform()
     trust = t.get();
     loginItem = li.get();
     updater = up.get();
+    shell = sh.get();
     m_platform.clock = std::move(c);
     m_platform.workspace = std::move(ws);
     m_platform.windows = std::move(win);
@@ -327,6 +331,7 @@ FakePlatform::FakePlatform()
     m_platform.trust = std::move(t);
     m_platform.loginItem = std::move(li);
     m_platform.updater = std::move(up);
+    m_platform.shell = std::move(sh);
 }
 
 } // namespace velkor::fake

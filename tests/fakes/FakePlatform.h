@@ -8,7 +8,6 @@
 #include <QRectF>
 #include <QSet>
 #include <QStringList>
-
 #include <map>
 
 // Recording fakes of the platform seam. Every request that changes something
@@ -39,7 +38,7 @@ private:
     struct Task
     {
         double due;
-        double interval;  // 0 for one-shot tasks
+        double interval; // 0 for one-shot tasks
         std::function<void()> run;
     };
     double m_now = 1000.0;
@@ -198,7 +197,7 @@ public:
     bool unregisterItem(QString* error) override;
 
     Status state = Status::NotRegistered;
-    QString failWith;  // non-empty: register/unregister fail with this message
+    QString failWith; // non-empty: register/unregister fail with this message
     int registerCalls = 0;
     int unregisterCalls = 0;
 };
@@ -210,6 +209,21 @@ public:
     void checkForUpdates() override { ++checks; }
     bool available = true;
     int checks = 0;
+};
+
+class FakeShellIntegration final : public ShellIntegration
+{
+public:
+    void prepareOverlayWindow(QWindow*) override { ++preparedWindows; }
+    bool canBlurBehind() const override { return blur; }
+    void setBlurBehind(QWindow*, const QRectF& area, qreal) override { blurArea = area; }
+    void setRegularPresence(bool regular) override { presence.append(regular); }
+    QIcon iconForFile(const QString&) override { return {}; }
+
+    bool blur = false;
+    int preparedWindows = 0;
+    QRectF blurArea;
+    QList<bool> presence; // every setRegularPresence call, in order
 };
 
 // A whole platform of fakes, with typed access to each part.
@@ -230,6 +244,7 @@ public:
     FakeTrustCheck* trust;
     FakeLoginItem* loginItem;
     FakeUpdater* updater;
+    FakeShellIntegration* shell;
 
 private:
     Platform m_platform;

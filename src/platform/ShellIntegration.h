@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "platform/Workspace.h"
+
+#include <QIcon>
+#include <QRectF>
+#include <QString>
+
+class QWindow;
+
+namespace velkor {
+
+// The few native touches the shared Qt widgets need: how the overlay window
+// behaves, the blur behind it, the app's presence in the Dock, app icons.
+class ShellIntegration
+{
+public:
+    virtual ~ShellIntegration() = default;
+
+    // Makes a created (not yet shown) window an overlay: never takes focus,
+    // above normal windows, on every desktop, not in task lists.
+    virtual void prepareOverlayWindow(QWindow* window) = 0;
+
+    // Whether the platform can blur what lies behind a window.
+    virtual bool canBlurBehind() const = 0;
+    // Blurs behind the given area (window coordinates) with rounded corners;
+    // an empty area turns it off.
+    virtual void setBlurBehind(QWindow* window, const QRectF& area, qreal cornerRadius) = 0;
+
+    // Regular presence (Dock icon, own menu bar) while a settings or
+    // onboarding window is shown; accessory otherwise. No-op where there is
+    // no such distinction.
+    virtual void setRegularPresence(bool regular) = 0;
+
+    // The icon of an app bundle or desktop entry; null when there is none.
+    virtual QIcon iconForFile(const QString& path) = 0;
+};
+
+} // namespace velkor
