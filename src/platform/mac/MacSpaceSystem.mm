@@ -1,0 +1,101 @@
+// SPDX-License-Identifier: MIT
+#include "platform/mac/MacSpaceSystem.h"
+
+#include "platform/mac/CFRef.h"
+#include "platform/mac/MacPropertyList.h"
+#include "platform/mac/MacSkyLight.h"
+#include "windows/DisplaySpaces.h"
+
+#include <ApplicationServices/ApplicationServices.h>
+#import <Foundation/Foundation.h>
+
+namespace velkor {
+
+namespace {
+
+// A number from a window-info dictionary, or absent.
+NSNumber* numberFor(NSDictionary* info, CFStringRef key)
+{
+    id value = info[(__bridge NSString*)key];
+    return [value isKindOfClass:NSNumber.class] ? value : nil;
+}
+
+} // namespace
+
+std::optional<SpaceLayout> MacSpaceSystem::mainDisplaySpaces()
+{
+    const MacSkyLight& skyLight = MacSkyLight::shared();
+    if (!skyLight.copyDisplaySpaces)
+        return std::nullopt;
+    const CFRef<CFArrayRef> displays(skyLight.copyDisplaySpaces(skyLight.connection()));
+    return readMainDisplaySpaces(variantFromPropertyList(displays.get()));
+}
+
+bool MacSpaceSystem::setCurrentSpace(const QString& displayId, quint64 spaceId)
+{
+    const MacSkyLight& skyLight = MacSkyLight::shared();
+    if (!skyLight.mainConnection || !skyLight.setCurrentSpace)
+        return false;
+    const CFRef<CFStringRef> display(displayId.toCFString());
+    skyLight.setCurrentSpace(skyLight.mainConnection(), display.get(), spaceId);
+    return true;
+}
+
+bool MacSpaceSystem::moveWindows(const QList<quint32>& windowNumbers, quint64 spaceId)
+{
+    const MacSkyLight& skyLight = MacSkyLight::shared();
+    if (!skyLight.moveWindows)
+        return false;
+    @autoreleasepool {
+        NSMutableArray<NSNumber*>* windows =
+            [NSMutableArray arrayWithCapacity:windowNumbers.size()];
+        for (quint32 number : windowNumbers)
+            [windows addObject:[NSNumber numberWithUnsignedInt:number]];
+        // The window server's own success is not reported.
+        skyLight.moveWindows(skyLight.connection(), (__bridge CFArrayRef)windows, spaceId);
+    }
+    return true;
+}
+
+QList<ServerWindow> MacSpaceSystem::windowList(bool onScreenOnly)
+{
+    const CGWindowListOption options =
+        kCGWindowListExcludeDesktopElements | (onScreenOnly ? kCGWindowListOptionOnScreenOnly : 0);
+    const CFRef<CFArrayRef> info(CGWindowListCopyWindowInfo(options, kCGNullWindowID));
+    QList<ServerWindow> windows;
+    if (!info)
+        return windows;
+    @autoreleasepool {
+        for (id entry in (__bridge NSArray*)info.get()) {
+            if (![entry isKindOfClass:NSDictionary.class])
+                continue;
+            NSNumber* number = numberFor(entry, kCGWindowNumber);
+            NSNumber* owner = numberFor(entry, kCGWindowOwnerPID);
+            if (!number || !owner)
+                continue;
+            windows.append({number.unsignedIntValue, Pid(owner.intValue),
+                            numberFor(entry, kCGWindowLayer).intValue});
+        }
+    }
+    return windows;
+}
+
+bool MacSpaceSystem::postControlKey(int keyCode)
+{
+    const CFRef<CGEventSourceRef> source(
+        CGEventSourceCreate(kCGEventSourceStateCombinedSessionState));
+    if (!source)
+        return false;
+    const CFRef<CGEventRef> down(
+        CGEventCreateKeyboardEvent(source.get(), CGKeyCode(keyCode), true));
+    const CFRef<CGEventRef> up(CGEventCreateKeyboardEvent(source.get(), CGKeyCode(keyCode), false));
+    if (!down || !up)
+        return false;
+    for (CGEventRef event : {down.get(), up.get()}) {
+        CGEventSetFlags(event, kCGEventFlagMaskControl); // Control only
+        CGEventPost(kCGHIDEventTap, event);
+    }
+    return true;
+}
+
+} // namespace velkor
