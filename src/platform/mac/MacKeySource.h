@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "platform/Clock.h"
 #include "platform/KeySource.h"
 
 #include <memory>
@@ -9,11 +10,12 @@ namespace velkor {
 
 // One active event tap at the session level that sees every key down, key up
 // and modifier change, hands each to the callback on the main run loop and
-// drops the ones the callback swallows.
+// drops the ones the callback swallows. Events are stamped with the clock's
+// now(), so they share the time line of every other delay.
 class MacKeySource final : public KeySource
 {
 public:
-    MacKeySource();
+    explicit MacKeySource(const Clock& clock);
     ~MacKeySource() override;
 
     bool install(Callback callback) override;
@@ -27,6 +29,7 @@ public:
     struct Tap;
 
 private:
+    const Clock& m_clock;
     std::unique_ptr<Tap> m_tap;
 };
 

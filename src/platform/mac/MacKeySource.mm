@@ -14,6 +14,7 @@ struct MacKeySource::Tap
     CFRef<CFMachPortRef> port;
     CFRef<CFRunLoopSourceRef> source;
     Callback callback;
+    const Clock* clock = nullptr;
 };
 
 namespace {
@@ -48,11 +49,11 @@ QString charactersIgnoringModifiers(CGEventRef event)
     return characters ? QString::fromNSString(characters) : QString();
 }
 
-KeyEvent makeKeyEvent(KeyEventType type, CGEventRef event)
+KeyEvent makeKeyEvent(KeyEventType type, CGEventRef event, double timestamp)
 {
     KeyEvent keyEvent;
     keyEvent.type = type;
-    keyEvent.timestamp = NSProcessInfo.processInfo.systemUptime;
+    keyEvent.timestamp = timestamp;
     if (type == KeyEventType::TapDisabledByTimeout || type == KeyEventType::TapDisabledByUserInput)
         return keyEvent;
     keyEvent.keyCode = CGEventGetIntegerValueField(event, kCGKeyboardEventKeycode);
@@ -72,7 +73,8 @@ CGEventRef onTapEvent(CGEventTapProxy, CGEventType type, CGEventRef event, void*
         return event;
     try {
         @autoreleasepool {
-            const KeyDecision decision = tap->callback(makeKeyEvent(*kind, event));
+            const KeyDecision decision =
+                tap->callback(makeKeyEvent(*kind, event, tap->clock->now()));
             return decision == KeyDecision::Swallow ? nullptr : event;
         }
     } catch (...) {
@@ -82,7 +84,7 @@ CGEventRef onTapEvent(CGEventTapProxy, CGEventType type, CGEventRef event, void*
 
 } // namespace
 
-MacKeySource::MacKeySource() = default;
+MacKeySource::MacKeySource(const Clock& clock) : m_clock(clock) {}
 
 MacKeySource::~MacKeySource()
 {
@@ -98,6 +100,7 @@ bool MacKeySource::install(Callback callback)
         return true;
     auto tap = std::make_unique<Tap>();
     tap->callback = std::move(callback);
+    tap->clock = &m_clock;
     // The tap keeps a raw pointer to *tap, which lives as long as this object.
     tap->port = CFRef<CFMachPortRef>(CGEventTapCreate(kCGSessionEventTap, kCGHeadInsertEventTap,
                                                       kCGEventTapOptionDefault, keyEventMask,

@@ -14,6 +14,8 @@
 namespace velkor {
 
 // On Apple platforms there is one backend, whatever the Qt platform plugin.
+// The key source stamps events with the platform's clock, which Platform
+// declares first and so destroys last.
 std::unique_ptr<Platform> createPlatform()
 {
     auto platform = std::make_unique<Platform>();
@@ -21,7 +23,7 @@ std::unique_ptr<Platform> createPlatform()
     platform->workspace = std::make_unique<MacWorkspace>();
     platform->windows = std::make_unique<MacWindowSystem>();
     platform->spaces = std::make_unique<MacSpaceSystem>();
-    platform->keys = std::make_unique<MacKeySource>();
+    platform->keys = std::make_unique<MacKeySource>(*platform->clock);
     platform->installedApps = std::make_unique<MacInstalledAppSource>();
     platform->trust = std::make_unique<MacTrustCheck>();
     platform->loginItem = std::make_unique<MacLoginItem>();
