@@ -6,6 +6,7 @@
 #include <QIcon>
 #include <QRectF>
 #include <QString>
+#include <functional>
 
 class QWindow;
 
@@ -35,6 +36,11 @@ public:
 
     // The icon of an app bundle or desktop entry; null when there is none.
     virtual QIcon iconForFile(const QString& path) = 0;
+
+    // Calls handler on the main thread when the user opens the running app
+    // again (Finder, Dock, Spotlight). Where a second start reaches the
+    // running instance another way, nothing is registered.
+    virtual void setReopenHandler(std::function<void()> handler) { Q_UNUSED(handler); }
 };
 
 } // namespace velkor

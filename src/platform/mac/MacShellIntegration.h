@@ -3,6 +3,8 @@
 
 #include "platform/ShellIntegration.h"
 
+#include <memory>
+
 namespace velkor {
 
 // The AppKit touches the shared Qt widgets need: the overlay's NSWindow,
@@ -10,11 +12,20 @@ namespace velkor {
 class MacShellIntegration final : public ShellIntegration
 {
 public:
+    MacShellIntegration();
+    ~MacShellIntegration() override;
+
     void prepareOverlayWindow(QWindow* window) override;
     bool canBlurBehind() const override { return true; }
     void setBlurBehind(QWindow* window, const QRectF& area, qreal cornerRadius) override;
     void setRegularPresence(bool regular) override;
     QIcon iconForFile(const QString& path) override;
+    void setReopenHandler(std::function<void()> handler) override;
+
+private:
+    // The Apple-event target of the reopen event; defined in the .mm.
+    struct Reopen;
+    std::unique_ptr<Reopen> m_reopen;
 };
 
 } // namespace velkor

@@ -2,10 +2,46 @@
 #include "platform/mac/MacShellIntegration.h"
 
 #import <AppKit/AppKit.h>
+#include <CoreServices/CoreServices.h>
 #include <QPixmap>
 #include <QWindow>
 
+// Receives the reopen Apple event (kAEReopenApplication) the system sends
+// when the user opens the running app again.
+@interface VelkorReopenTarget : NSObject
+- (void)setHandler:(std::function<void()>)handler;
+- (void)handleReopen:(NSAppleEventDescriptor*)event withReplyEvent:(NSAppleEventDescriptor*)reply;
+@end
+
+@implementation VelkorReopenTarget {
+    std::function<void()> _handler;
+}
+
+- (void)setHandler:(std::function<void()>)handler
+{
+    _handler = std::move(handler);
+}
+
+- (void)handleReopen:(NSAppleEventDescriptor*)event withReplyEvent:(NSAppleEventDescriptor*)reply
+{
+    (void)event;
+    (void)reply;
+    try {
+        if (_handler)
+            _handler();
+    } catch (...) {
+    }
+}
+
+@end
+
 namespace velkor {
+
+struct MacShellIntegration::Reopen
+{
+    VelkorReopenTarget* target = [[VelkorReopenTarget alloc] init];
+    id<NSObject> launchObserver = nil;
+};
 
 namespace {
 
@@ -54,7 +90,46 @@ NSVisualEffectView* makeBlurView()
     return blur;
 }
 
+void listenForReopen(VelkorReopenTarget* target)
+{
+    [NSAppleEventManager.sharedAppleEventManager setEventHandler:target
+                                                     andSelector:@selector(handleReopen:
+                                                                         withReplyEvent:)
+                                                   forEventClass:kCoreEventClass
+                                                      andEventID:kAEReopenApplication];
+}
+
 } // namespace
+
+MacShellIntegration::MacShellIntegration() : m_reopen(std::make_unique<Reopen>()) {}
+
+MacShellIntegration::~MacShellIntegration()
+{
+    [NSAppleEventManager.sharedAppleEventManager
+        removeEventHandlerForEventClass:kCoreEventClass
+                             andEventID:kAEReopenApplication];
+    if (m_reopen->launchObserver)
+        [NSNotificationCenter.defaultCenter removeObserver:m_reopen->launchObserver];
+}
+
+// The reopen event replaces the application delegate's own handling of it.
+// AppKit installs its standard handlers while it finishes launching, so the
+// handler is installed now and again once launching has finished.
+void MacShellIntegration::setReopenHandler(std::function<void()> handler)
+{
+    [m_reopen->target setHandler:std::move(handler)];
+    VelkorReopenTarget* target = m_reopen->target;
+    listenForReopen(target);
+    if (m_reopen->launchObserver)
+        return;
+    m_reopen->launchObserver = [NSNotificationCenter.defaultCenter
+        addObserverForName:NSApplicationDidFinishLaunchingNotification
+                    object:nil
+                     queue:NSOperationQueue.mainQueue
+                usingBlock:^(NSNotification*) {
+                  listenForReopen(target);
+                }];
+}
 
 // The overlay is a Qt window, not an NSPanel, so the non-activating panel
 // style is not available. It never takes focus because Qt is told so
