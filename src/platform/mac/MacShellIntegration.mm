@@ -5,6 +5,7 @@
 #include <CoreServices/CoreServices.h>
 #include <QPixmap>
 #include <QWindow>
+#import <QuartzCore/QuartzCore.h>
 
 // Receives the reopen Apple event (kAEReopenApplication) the system sends
 // when the user opens the running app again.

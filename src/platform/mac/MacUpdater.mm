@@ -7,9 +7,9 @@
 // declared here because no Sparkle header is compiled in.
 @protocol VelkorStandardUpdaterController <NSObject>
 - (instancetype)initWithStartingUpdater:(BOOL)startUpdater
-                        updaterDelegate:(nullable id)updaterDelegate
-                     userDriverDelegate:(nullable id)userDriverDelegate;
-- (void)checkForUpdates:(nullable id)sender;
+                        updaterDelegate:(id)updaterDelegate
+                     userDriverDelegate:(id)userDriverDelegate;
+- (void)checkForUpdates:(id)sender;
 @end
 
 namespace velkor {
@@ -28,10 +28,9 @@ id<VelkorStandardUpdaterController> startSparkle()
     NSBundle* sparkle = path ? [NSBundle bundleWithPath:path] : nil;
     if (!sparkle || ![sparkle load])
         return nil;
+    const SEL initializer = @selector(initWithStartingUpdater:updaterDelegate:userDriverDelegate:);
     Class controllerClass = NSClassFromString(@"SPUStandardUpdaterController");
-    if (!controllerClass || ![controllerClass instancesRespondToSelector:@selector
-                                              (initWithStartingUpdater:
-                                                       updaterDelegate:userDriverDelegate:)])
+    if (![controllerClass instancesRespondToSelector:initializer])
         return nil;
     // Started at once, so the scheduled background checks begin with the app.
     return
