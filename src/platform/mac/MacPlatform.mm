@@ -13,10 +13,9 @@
 
 namespace velkor {
 
-// On Apple platforms there is one backend, whatever the Qt platform plugin.
 // The key source stamps events with the platform's clock, which Platform
 // declares first and so destroys last.
-std::unique_ptr<Platform> createPlatform()
+std::unique_ptr<Platform> createMacPlatform()
 {
     auto platform = std::make_unique<Platform>();
     platform->clock = std::make_unique<MacClock>();
