@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include "platform/Platform.h"
+#include "platform/mac/MacPlatform.h"
+
 #include "platform/mac/MacClock.h"
 #include "platform/mac/MacInstalledAppSource.h"
 #include "platform/mac/MacKeySource.h"
