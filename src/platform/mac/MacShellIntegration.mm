@@ -195,6 +195,8 @@ QIcon MacShellIntegration::iconForFile(const QString& path)
 {
     @autoreleasepool {
         NSImage* image = [NSWorkspace.sharedWorkspace iconForFile:path.toNSString()];
+        // The icon comes at 32 x 32 points; asking for 128 picks its larger representation.
+        image.size = NSMakeSize(128, 128);
         NSRect size = NSMakeRect(0, 0, 128, 128);
         CGImageRef bitmap = [image CGImageForProposedRect:&size context:nil hints:nil];
         if (!bitmap)
