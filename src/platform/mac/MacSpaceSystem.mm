@@ -5,22 +5,12 @@
 #include "platform/mac/MacPropertyList.h"
 #include "platform/mac/MacSkyLight.h"
 #include "windows/DisplaySpaces.h"
+#include "windows/ServerWindowList.h"
 
 #include <ApplicationServices/ApplicationServices.h>
 #import <Foundation/Foundation.h>
 
 namespace velkor {
-
-namespace {
-
-// A number from a window-info dictionary, or absent.
-NSNumber* numberFor(NSDictionary* info, CFStringRef key)
-{
-    id value = info[(__bridge NSString*)key];
-    return [value isKindOfClass:NSNumber.class] ? value : nil;
-}
-
-} // namespace
 
 std::optional<SpaceLayout> MacSpaceSystem::mainDisplaySpaces()
 {
@@ -62,22 +52,10 @@ QList<ServerWindow> MacSpaceSystem::windowList(bool onScreenOnly)
     const CGWindowListOption options =
         kCGWindowListExcludeDesktopElements | (onScreenOnly ? kCGWindowListOptionOnScreenOnly : 0);
     const CFRef<CFArrayRef> info(CGWindowListCopyWindowInfo(options, kCGNullWindowID));
-    QList<ServerWindow> windows;
-    if (!info)
-        return windows;
-    @autoreleasepool {
-        for (id entry in (__bridge NSArray*)info.get()) {
-            if (![entry isKindOfClass:NSDictionary.class])
-                continue;
-            NSNumber* number = numberFor(entry, kCGWindowNumber);
-            NSNumber* owner = numberFor(entry, kCGWindowOwnerPID);
-            if (!number || !owner)
-                continue;
-            windows.append({number.unsignedIntValue, Pid(owner.intValue),
-                            numberFor(entry, kCGWindowLayer).intValue});
-        }
-    }
-    return windows;
+    const WindowInfoKeys keys{QString::fromCFString(kCGWindowNumber),
+                              QString::fromCFString(kCGWindowOwnerPID),
+                              QString::fromCFString(kCGWindowLayer)};
+    return readServerWindows(variantFromPropertyList(info.get()), keys);
 }
 
 bool MacSpaceSystem::postControlKey(int keyCode)
