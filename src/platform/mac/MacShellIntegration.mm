@@ -86,16 +86,31 @@ NSVisualEffectView* makeBlurView()
     blur.blendingMode = NSVisualEffectBlendingModeBehindWindow; // 0
     blur.state = NSVisualEffectStateActive;                     // always active
     blur.emphasized = YES;
-    blur.wantsLayer = YES;
-    blur.layer.masksToBounds = YES;
     return blur;
+}
+
+// The material is shaped by a mask image (its documented way); the layer is
+// rounded and clipped as well, for what the view draws itself.
+void roundCorners(NSVisualEffectView* blur, CGFloat radius)
+{
+    blur.maskImage = [NSImage imageWithSize:blur.bounds.size
+                                    flipped:NO
+                             drawingHandler:^BOOL(NSRect bounds) {
+                               [[NSBezierPath bezierPathWithRoundedRect:bounds
+                                                                xRadius:radius
+                                                                yRadius:radius] fill];
+                               return YES;
+                             }];
+    blur.wantsLayer = YES;
+    blur.layer.cornerRadius = radius;
+    blur.layer.masksToBounds = YES;
 }
 
 void listenForReopen(VelkorReopenTarget* target)
 {
+    const SEL handle = NSSelectorFromString(@"handleReopen:withReplyEvent:");
     [NSAppleEventManager.sharedAppleEventManager setEventHandler:target
-                                                     andSelector:@selector(handleReopen:
-                                                                         withReplyEvent:)
+                                                     andSelector:handle
                                                    forEventClass:kCoreEventClass
                                                       andEventID:kAEReopenApplication];
 }
@@ -174,7 +189,7 @@ void MacShellIntegration::setBlurBehind(QWindow* window, const QRectF& area, qre
     const NSRect rect = NSMakeRect(area.x(), area.y(), area.width(), area.height());
     blur.frame = [content convertRect:rect toView:frame];
     // A radius of 0 means a capsule: half the height.
-    blur.layer.cornerRadius = cornerRadius > 0 ? cornerRadius : area.height() / 2.0;
+    roundCorners(blur, cornerRadius > 0 ? cornerRadius : area.height() / 2.0);
 }
 
 void MacShellIntegration::setRegularPresence(bool regular)
