@@ -21,59 +21,32 @@ public:
     bool isVisible() const override { return visible; }
     std::optional<QSizeF> fittingSize() override { return content; }
     std::optional<QRectF> mainScreenArea() const override { return screen; }
-    void setFrame(const QRectF& f) override
-    {
-        frame = f;
-        ++frameSets;
-    }
+    void setFrame(const QRectF& f) override { frames.append(f); }
     void orderFront() override { ++orderFronts; }
-    void fadeIn(double seconds) override
-    {
-        fades.append(seconds);
-        visible = true;
-    }
-    void orderOut() override
-    {
-        ++orderOuts;
-        visible = false;
-    }
+    void fadeIn(double seconds) override { fades.append(seconds), visible = true; }
+    void orderOut() override { ++orderOuts, visible = false; }
 
     bool visible = false;
     std::optional<QSizeF> content = QSizeF(300, 80);
     std::optional<QRectF> screen = QRectF(0, 0, 1440, 875);
-    QRectF frame;
-    int frameSets = 0;
+    QList<QRectF> frames;
+    QList<double> fades;
     int orderFronts = 0;
     int orderOuts = 0;
-    QList<double> fades;
 };
 
 struct Fixture
 {
-    Fixture()
-    {
-        prefs.setOverlayDelay(0.25);
-        prefs.setOverlayPosition(OverlayPosition::bottomRight);
-    }
-
-    OverlayController::PanelFactory factory()
-    {
-        return [this](OverlayModel&) {
-            ++panelsMade;
-            return std::make_unique<RecordingPanel>();
-        };
-    }
-
-    RecordingPanel* panelOf(const OverlayController& c)
-    {
-        return static_cast<RecordingPanel*>(c.panel());
-    }
-
     QTemporaryDir dir;
     Preferences prefs{std::make_unique<QSettings>(dir.filePath(QStringLiteral("prefs.ini")),
                                                   QSettings::IniFormat)};
     FakeClock clock;
     int panelsMade = 0;
+    OverlayController controller{prefs, clock, [this](OverlayModel&) {
+                                     ++panelsMade;
+                                     return std::make_unique<RecordingPanel>();
+                                 }};
+    RecordingPanel* panel() { return static_cast<RecordingPanel*>(controller.panel()); }
 };
 
 } // namespace
@@ -83,104 +56,66 @@ class OverlayControllerTest : public QObject
     Q_OBJECT
 
 private slots:
-    void delayedShowFadesInOnceTheDelayHasPassed()
+    void delayedShowFadesInOnceAndIsRescheduledFromTheLastCall()
     {
         Fixture f;
-        OverlayController c(f.prefs, f.clock, f.factory());
-        c.scheduleShow();
+        f.prefs.setOverlayDelay(0.25);
+        f.controller.scheduleShow();
         f.clock.advance(0.2);
-        QCOMPARE(f.panelsMade, 0);
-        f.clock.advance(0.06);
-        QVERIFY(c.isPanelVisible());
-        QCOMPARE(f.panelOf(c)->fades, QList<double>({0.14}));
-        QVERIFY(!c.hasPendingShow());
-
-        // Shown again right away on a visible panel: re-laid out and brought
-        // forward, never faded a second time.
-        f.panelOf(c)->content = QSizeF(400, 120);
-        c.showNow();
-        QCOMPARE(f.panelOf(c)->fades.size(), 1);
-        QCOMPARE(f.panelOf(c)->orderFronts, 1);
-        QCOMPARE(f.panelOf(c)->frame.size(), QSizeF(400, 120));
-        QCOMPARE(f.panelsMade, 1);
-    }
-
-    void hideCancelsAPendingShow()
-    {
-        Fixture f;
-        OverlayController c(f.prefs, f.clock, f.factory());
-        c.scheduleShow();
-        f.clock.advance(0.1);
-        c.hide();
-        f.clock.advance(1.0);
-        QCOMPARE(f.panelsMade, 0);
-        QCOMPARE(f.clock.pendingCount(), 0);
-
-        c.showNow();
-        c.hide();
-        QVERIFY(!c.isPanelVisible());
-        QCOMPARE(f.panelOf(c)->orderOuts, 1);
-    }
-
-    void secondScheduleRestartsTheDelay()
-    {
-        Fixture f;
-        OverlayController c(f.prefs, f.clock, f.factory());
-        c.scheduleShow();
-        f.clock.advance(0.2);
-        c.scheduleShow();
+        f.controller.scheduleShow();
         QCOMPARE(f.clock.pendingCount(), 1);
         f.clock.advance(0.2); // past the first deadline, not the second
         QCOMPARE(f.panelsMade, 0);
         f.clock.advance(0.06);
-        QVERIFY(c.isPanelVisible());
+        QCOMPARE(f.panel()->fades, QList<double>({0.14}));
+
+        // Already up: laid out again and brought forward, never faded again.
+        f.panel()->content = QSizeF(400, 120);
+        f.controller.showNow();
+        QCOMPARE(f.panel()->fades.size(), 1);
+        QCOMPARE(f.panel()->orderFronts, 1);
+        QCOMPARE(f.panel()->frames.last().size(), QSizeF(400, 120));
+        QCOMPARE(f.panelsMade, 1);
     }
 
-    void switchedOffOverlayShowsNothingButStillHides()
+    void hideCancelsThePendingShowEvenWhenSwitchedOff()
     {
         Fixture f;
-        OverlayController c(f.prefs, f.clock, f.factory());
-        c.showNow();
-        c.scheduleShow();
-        f.prefs.setOverlayEnabled(false);
-        c.scheduleShow(); // must not cancel the one already pending
-        QCOMPARE(f.clock.pendingCount(), 1);
-        c.showNow();
-        QCOMPARE(f.panelOf(c)->fades.size(), 1);
-        c.hide();
-        QCOMPARE(f.clock.pendingCount(), 0);
-        QCOMPARE(f.panelOf(c)->orderOuts, 1);
-
-        OverlayController fresh(f.prefs, f.clock, f.factory());
-        fresh.scheduleShow();
-        fresh.showNow();
-        f.clock.advance(1.0);
-        QCOMPARE(fresh.panel(), nullptr);
-    }
-
-    void withoutAPanelShowsAreNoOps()
-    {
-        Fixture f;
-        OverlayController none(f.prefs, f.clock, {});
-        none.showNow();
-        OverlayController null(f.prefs, f.clock, [](OverlayModel&) { return nullptr; });
-        null.scheduleShow();
-        f.clock.advance(1.0);
-        null.hide();
-        QCOMPARE(none.panel(), nullptr);
-        QCOMPARE(null.panel(), nullptr);
-    }
-
-    void destroyingTheControllerDropsThePendingShow()
-    {
-        Fixture f;
-        {
-            OverlayController c(f.prefs, f.clock, f.factory());
-            c.scheduleShow();
-        }
-        QCOMPARE(f.clock.pendingCount(), 0);
+        f.controller.scheduleShow();
+        f.clock.advance(0.1);
+        f.controller.hide();
         f.clock.advance(1.0);
         QCOMPARE(f.panelsMade, 0);
+
+        f.controller.showNow();
+        f.controller.scheduleShow();
+        f.prefs.setOverlayEnabled(false);
+        f.controller.scheduleShow(); // leaves the pending one alone
+        f.controller.showNow();
+        QCOMPARE(f.clock.pendingCount(), 1);
+        f.controller.hide();
+        QCOMPARE(f.clock.pendingCount(), 0);
+        QCOMPARE(f.panel()->fades.size(), 1);
+        QCOMPARE(f.panel()->orderOuts, 1);
+    }
+
+    void noPanelMeansNoShowAndDestructionDropsThePendingShow()
+    {
+        Fixture f;
+        f.prefs.setOverlayEnabled(false);
+        f.controller.showNow();
+        QCOMPARE(f.panelsMade, 0);
+        f.prefs.setOverlayEnabled(true);
+        {
+            OverlayController none(f.prefs, f.clock, {});
+            none.showNow();
+            OverlayController null(f.prefs, f.clock, [](OverlayModel&) { return nullptr; });
+            null.scheduleShow();
+            f.clock.advance(1.0);
+            QVERIFY(!none.panel() && !null.panel());
+            null.scheduleShow();
+        }
+        QCOMPARE(f.clock.pendingCount(), 0);
     }
 
     void panelOriginByPosition_data()
@@ -188,16 +123,14 @@ private slots:
         QTest::addColumn<OverlayPosition>("position");
         QTest::addColumn<QRectF>("area");
         QTest::addColumn<QPointF>("origin");
-        const QRectF offset(100, 50, 1440, 875); // right 1540, bottom 925
-        QTest::newRow("center") << OverlayPosition::center << offset << QPointF(670, 447.5);
+        const QRectF shifted(100, 50, 1440, 875); // right edge 1540, bottom edge 925
+        QTest::newRow("center") << OverlayPosition::center << shifted << QPointF(670, 447.5);
         QTest::newRow("bottomRight")
-            << OverlayPosition::bottomRight << offset << QPointF(1216, 821);
-        QTest::newRow("bottomLeft") << OverlayPosition::bottomLeft << offset << QPointF(124, 821);
-        QTest::newRow("topRight") << OverlayPosition::topRight << offset << QPointF(1216, 74);
-        QTest::newRow("topLeft") << OverlayPosition::topLeft << offset << QPointF(124, 74);
-        QTest::newRow("topLeft at origin")
-            << OverlayPosition::topLeft << QRectF(0, 0, 1440, 875) << QPointF(24, 24);
-        QTest::newRow("bottomLeft at origin")
+            << OverlayPosition::bottomRight << shifted << QPointF(1216, 821);
+        QTest::newRow("bottomLeft") << OverlayPosition::bottomLeft << shifted << QPointF(124, 821);
+        QTest::newRow("topRight") << OverlayPosition::topRight << shifted << QPointF(1216, 74);
+        QTest::newRow("topLeft") << OverlayPosition::topLeft << shifted << QPointF(124, 74);
+        QTest::newRow("bottomLeft at 0,0")
             << OverlayPosition::bottomLeft << QRectF(0, 0, 1440, 875) << QPointF(24, 771);
     }
 
@@ -213,19 +146,14 @@ private slots:
     {
         Fixture f;
         f.prefs.setOverlayPosition(OverlayPosition::topLeft);
-        OverlayController c(f.prefs, f.clock, f.factory());
         RecordingPanel panel;
         panel.content = QSizeF(100, 40);
-        c.layout(panel);
-        QCOMPARE(panel.frame, QRectF(24, 24, 180, 60));
-
+        f.controller.layout(panel);
         panel.content.reset();
-        c.layout(panel);
-        QCOMPARE(panel.frame, QRectF(24, 24, 240, 90));
-
+        f.controller.layout(panel);
         panel.screen.reset();
-        c.layout(panel);
-        QCOMPARE(panel.frameSets, 2);
+        f.controller.layout(panel);
+        QCOMPARE(panel.frames, QList<QRectF>({{24, 24, 180, 60}, {24, 24, 240, 90}}));
     }
 };
 
