@@ -384,7 +384,9 @@ void Preferences::recordLetterUsage(const QString& letter, const std::optional<Q
 {
     if (!bundleId)
         return;
-    const QString key = letter.toLower();
+    // Composed, like the letter map's keys, so that é typed as e + U+0301
+    // and é typed as one character share one history.
+    const QString key = letter.toLower().normalized(QString::NormalizationForm_C);
     LetterUsage usage = m_letterUsage;
     QStringList ids = usage.value(key);
     ids.removeAll(*bundleId);
