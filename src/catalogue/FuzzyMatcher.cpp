@@ -193,9 +193,9 @@ std::optional<int> score(const Query& query, const QString& name)
         // outside them can never be found there.
         if (!query.isPlain())
             return std::nullopt;
-        return walk(
-            query.clusters().size(),
-            PlainName{reinterpret_cast<const char16_t*>(name.constData()), name.size(), query.units()});
+        return walk(query.clusters().size(),
+                    PlainName{reinterpret_cast<const char16_t*>(name.constData()), name.size(),
+                              query.units()});
     }
     return walk(query.clusters().size(), ClusterName(name, query.clusters()));
 }
