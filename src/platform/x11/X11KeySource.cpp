@@ -182,10 +182,9 @@ void X11KeySource::watch(const KeyWatch& keys)
                          keys.commandTab != m_watch.commandTab ||
                          keys.commandGrave != m_watch.commandGrave;
     m_watch = keys;
-    if (changed && m_grabs) {
+    // A refused grab leaves the source disabled, for the watchdog to retry.
+    if (changed && m_grabs)
         regrab();
-        m_installed = m_activationGrabbed;
-    }
 }
 
 QList<X11KeyGrab> X11KeySource::wantedGrabs() const
@@ -287,8 +286,6 @@ void X11KeySource::reloadKeymap()
     }
     qCDebug(lcKeys) << "keyboard map changed, grabbing again";
     regrab();
-    if (m_callback)
-        m_installed = m_activationGrabbed;
 }
 
 bool X11KeySource::nativeEventFilter(const QByteArray& eventType, void* message, qintptr*)
@@ -336,9 +333,10 @@ void X11KeySource::handleKey(const xcb_key_press_event_t* event, bool press)
 {
     const qint64 keyCode = X11KeyTranslator::keyCodeForXKeycode(event->detail)
                                .value_or(X11KeyTranslator::UnmappedKeyCode);
-    // Modifier changes come from the raw events, whoever holds the keyboard.
-    if (X11KeyTranslator::isModifier(keyCode))
+    if (X11KeyTranslator::isModifier(keyCode)) {
+        handleModifier(keyCode, press);
         return;
+    }
     releaseKeyboardIfActivationUp();
     if (!m_installed || !m_callback) {
         if (press)
@@ -358,13 +356,20 @@ void X11KeySource::handleKey(const xcb_key_press_event_t* event, bool press)
 void X11KeySource::handleRawKey(quint32 keycode, bool press)
 {
     const auto keyCode = X11KeyTranslator::keyCodeForXKeycode(keycode);
-    if (!keyCode || !X11KeyTranslator::isModifier(*keyCode))
-        return;
-    const bool changed = press ? m_modifiers.press(*keyCode) : m_modifiers.release(*keyCode);
+    if (keyCode && X11KeyTranslator::isModifier(*keyCode))
+        handleModifier(*keyCode, press);
+}
+
+// The server sends raw events to every client but the one holding the
+// keyboard, and key events only to that one; a change seen both ways (the
+// press that starts a grab) counts once.
+void X11KeySource::handleModifier(qint64 keyCode, bool press)
+{
+    const bool changed = press ? m_modifiers.press(keyCode) : m_modifiers.release(keyCode);
     if (!press)
         releaseKeyboardIfActivationUp();
     if (changed)
-        deliver(KeyEventType::FlagsChanged, *keyCode, {});
+        deliver(KeyEventType::FlagsChanged, keyCode, {});
 }
 
 void X11KeySource::deliver(KeyEventType type, qint64 keyCode, const QString& characters)
@@ -385,6 +390,11 @@ void X11KeySource::retype(xcb_keycode_t keycode)
             lifted.append(grab);
         }
     }
+    // A key still down on the XTEST device (keys typed by another XTEST
+    // client) would make our press a repeat; releasing it first gives a
+    // clean stroke, and is ignored for a key that is up there.
+    xcb_test_fake_input(m_connection, XCB_KEY_RELEASE, keycode, XCB_CURRENT_TIME, XCB_NONE, 0, 0,
+                        0);
     xcb_test_fake_input(m_connection, XCB_KEY_PRESS, keycode, XCB_CURRENT_TIME, XCB_NONE, 0, 0, 0);
     xcb_test_fake_input(m_connection, XCB_KEY_RELEASE, keycode, XCB_CURRENT_TIME, XCB_NONE, 0, 0,
                         0);

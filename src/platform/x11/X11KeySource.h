@@ -53,6 +53,7 @@ private:
 
     void handleKey(const xcb_key_press_event_t* event, bool press);
     void handleRawKey(quint32 keycode, bool press);
+    void handleModifier(qint64 keyCode, bool press);
     void deliver(KeyEventType type, qint64 keyCode, const QString& characters);
     void retype(xcb_keycode_t keycode);
     void releaseKeyboardIfActivationUp();
