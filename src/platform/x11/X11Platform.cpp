@@ -4,6 +4,7 @@
 #include "platform/QtClock.h"
 #include "platform/x11/GioInstalledAppSource.h"
 #include "platform/x11/X11Connection.h"
+#include "platform/x11/X11KeySource.h"
 #include "platform/x11/X11ShellIntegration.h"
 #include "platform/x11/X11SpaceSystem.h"
 #include "platform/x11/X11TrustCheck.h"
@@ -30,11 +31,11 @@ std::unique_ptr<Platform> createNativePlatform(const QString& qtPlatformName)
     auto cache = std::make_shared<X11WindowCache>(connection);
     auto platform = std::make_unique<Platform>();
     platform->clock = std::make_unique<QtClock>();
+    platform->keys = std::make_unique<X11KeySource>(*platform->clock);
     platform->workspace =
         std::make_unique<X11Workspace>(cache, Pid(QCoreApplication::applicationPid()));
     platform->windows = std::make_unique<X11WindowSystem>(cache);
     platform->spaces = std::make_unique<X11SpaceSystem>(cache);
-    platform->keys = std::make_unique<NullKeySource>();
     platform->installedApps = std::make_unique<GioInstalledAppSource>();
     platform->trust = std::make_unique<X11TrustCheck>(connection);
     platform->loginItem = std::make_unique<NullLoginItem>();
