@@ -111,6 +111,7 @@ std::optional<QStringList> readStrictStringList(const QVariant& value)
 
 // QSettings' INI format writes an empty list as "@Invalid()" and a list of
 // one as a bare string, so both read back as something other than a list.
+// An empty bare string is taken as no list: an empty id names no app.
 QStringList readTopLevelStringList(const QVariant& value)
 {
     if (!value.isValid())
@@ -384,7 +385,9 @@ void Preferences::recordLetterUsage(const QString& letter, const std::optional<Q
 {
     if (!bundleId)
         return;
-    const QString key = letter.toLower();
+    // Composed, like the letter map's keys, so that é typed as e + U+0301
+    // and é typed as one character share one history.
+    const QString key = letter.toLower().normalized(QString::NormalizationForm_C);
     LetterUsage usage = m_letterUsage;
     QStringList ids = usage.value(key);
     ids.removeAll(*bundleId);
