@@ -223,6 +223,11 @@ void XDesktop::type(const QString& text)
 
 void XDesktop::holding(int holdKey, const std::function<void()>& inside)
 {
+    constexpr int ApartMs = 450;
+    if (holdKey == m_lastHoldKey && m_sinceHold.isValid() && m_sinceHold.elapsed() < ApartMs)
+        settle(int(ApartMs - m_sinceHold.elapsed()));
+    m_lastHoldKey = holdKey;
+    m_sinceHold.start();
     press(holdKey);
     inside();
     release(holdKey);
@@ -366,6 +371,16 @@ void XDesktop::warpPointer(QPoint where)
     xcb_warp_pointer(m_connection, XCB_NONE, m_root, 0, 0, 0, 0, int16_t(where.x()),
                      int16_t(where.y()));
     sync();
+}
+
+void XDesktop::underActivationKey(const QString& text)
+{
+    holding(key::SuperR, [&] { type(text); });
+}
+
+bool XDesktop::waitForActive(const QString& wmClass, int timeoutMs) const
+{
+    return waitFor([&] { return activeClass() == wmClass; }, timeoutMs);
 }
 
 bool XDesktop::waitFor(const std::function<bool()>& condition, int timeoutMs) const
