@@ -224,10 +224,10 @@ void XDesktop::type(const QString& text)
 void XDesktop::holding(int holdKey, const std::function<void()>& inside)
 {
     constexpr int ApartMs = 450;
-    if (holdKey == m_lastHoldKey && m_sinceHold.isValid() && m_sinceHold.elapsed() < ApartMs)
-        settle(int(ApartMs - m_sinceHold.elapsed()));
-    m_lastHoldKey = holdKey;
-    m_sinceHold.start();
+    QElapsedTimer& since = m_sinceHold[holdKey];
+    if (since.isValid() && since.elapsed() < ApartMs)
+        settle(int(ApartMs - since.elapsed()));
+    since.start();
     press(holdKey);
     inside();
     release(holdKey);

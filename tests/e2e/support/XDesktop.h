@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QElapsedTimer>
+#include <QHash>
 #include <QList>
 #include <QPoint>
 #include <QProcess>
@@ -132,8 +133,7 @@ private:
     QList<std::pair<xcb_window_t, QProcess*>> m_clients;
     xcb_connection_t* m_connection = nullptr;
     xcb_window_t m_root = 0;
-    int m_lastHoldKey = 0;
-    QElapsedTimer m_sinceHold;
+    QHash<int, QElapsedTimer> m_sinceHold; // by hold key
 };
 
 } // namespace velkor::e2e
