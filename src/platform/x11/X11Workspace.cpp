@@ -8,7 +8,7 @@
 #include <QLoggingCategory>
 #include <xcb/xcb_icccm.h>
 
-Q_LOGGING_CATEGORY(lcX11Workspace, "velkor.x11.workspace")
+Q_LOGGING_CATEGORY(lcX11Workspace, "velkor.x11.workspace", QtInfoMsg)
 
 namespace velkor::x11 {
 
