@@ -6,6 +6,9 @@
 #include <QHash>
 #include <QList>
 #include <QObject>
+#include <memory>
+
+class QThread;
 
 namespace velkor {
 
@@ -36,7 +39,9 @@ public:
     // Rebuilds the running apps from the platform, then the letter map.
     void refreshRunning();
 
-    // The full lower-casing of name, first grapheme cluster; "" for "".
+    // The full lower-casing of name, first grapheme cluster; "" for "". The
+    // cluster is in composed form (NFC), so canonically equivalent names
+    // share their key.
     static QString letterKey(const QString& name);
 
     // Locale-aware, case-insensitive: <0, 0, >0.
@@ -57,6 +62,7 @@ private:
     QList<AppEntry> m_runningApps;
     LetterMap m_letterMap;
     QList<AppEntry> m_installedApps;
+    std::unique_ptr<QThread> m_scanThread;
 };
 
 } // namespace velkor

@@ -9,6 +9,7 @@
 #include <QStringList>
 #include <memory>
 #include <optional>
+#include <utility>
 
 namespace velkor {
 
@@ -30,6 +31,10 @@ public:
     // The user's store: the native format (user defaults on macOS, an INI
     // file under the XDG config folder on Linux).
     static std::unique_ptr<QSettings> openUserStore();
+
+    // The registered defaults: key and value of every setting that has one,
+    // in declaration order. The two lists default to empty in code.
+    static QList<std::pair<QString, QVariant>> registeredDefaults();
 
     bool overlayEnabled() const { return m_overlayEnabled; }
     double overlayDelay() const { return m_overlayDelay; }
@@ -100,6 +105,10 @@ signals:
 
 private:
     void load();
+    bool setAsideDamagedStore();
+    template <typename T>
+    void assign(T& field, const T& value, void (Preferences::*notify)(), const QString& key,
+                const QVariant& stored);
 
     std::unique_ptr<QSettings> m_store;
     bool m_overlayEnabled = true;
