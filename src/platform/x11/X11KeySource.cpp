@@ -19,7 +19,9 @@ namespace velkor {
 
 namespace {
 
-Q_LOGGING_CATEGORY(lcKeys, "velkor.x11.keys")
+// Debug lines (every key and its decision) only when asked for: they are
+// what the user types.
+Q_LOGGING_CATEGORY(lcKeys, "velkor.x11.keys", QtInfoMsg)
 
 template <typename T> using Reply = std::unique_ptr<T, decltype(&free)>;
 
@@ -284,7 +286,7 @@ void X11KeySource::reloadKeymap()
         qCWarning(lcKeys) << "cannot read the new keyboard map; keeping the old one";
         return;
     }
-    qCDebug(lcKeys) << "keyboard map changed, grabbing again";
+    qCInfo(lcKeys) << "keyboard map changed, grabbing again";
     regrab();
 }
 
@@ -349,6 +351,9 @@ void X11KeySource::handleKey(const xcb_key_press_event_t* event, bool press)
         press ? KeyEventType::KeyDown : KeyEventType::KeyUp, keyCode, m_modifiers.flags(),
         X11KeyTranslator::characters(m_keymap->keymap(), event->detail, group), m_clock.now()};
     const KeyDecision decision = m_callback(keyEvent);
+    qCDebug(lcKeys) << (press ? "down" : "up") << keyCode << Qt::hex << keyEvent.flags
+                    << keyEvent.characters
+                    << (decision == KeyDecision::Pass ? "passed" : "swallowed");
     if (press && decision == KeyDecision::Pass)
         retype(event->detail);
 }
@@ -374,8 +379,10 @@ void X11KeySource::handleModifier(qint64 keyCode, bool press)
 
 void X11KeySource::deliver(KeyEventType type, qint64 keyCode, const QString& characters)
 {
-    if (m_installed && m_callback)
+    if (m_installed && m_callback) {
+        qCDebug(lcKeys) << "flags" << keyCode << Qt::hex << m_modifiers.flags();
         m_callback(KeyEvent{type, keyCode, m_modifiers.flags(), characters, m_clock.now()});
+    }
 }
 
 void X11KeySource::retype(xcb_keycode_t keycode)
