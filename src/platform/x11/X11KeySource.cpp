@@ -44,10 +44,11 @@ X11KeySource::X11KeySource(const Clock& clock) : m_clock(clock)
 
 X11KeySource::~X11KeySource()
 {
-    if (!m_connection)
+    // Qt closes its connection with the application; our grabs go with it.
+    QCoreApplication* app = QCoreApplication::instance();
+    if (!m_connection || !app)
         return;
-    if (QCoreApplication* app = QCoreApplication::instance())
-        app->removeNativeEventFilter(this);
+    app->removeNativeEventFilter(this);
     releaseGrabs();
     if (m_keyboardGrabbed)
         xcb_ungrab_keyboard(m_connection, XCB_CURRENT_TIME);
@@ -286,6 +287,18 @@ void X11KeySource::reloadKeymap()
         qCWarning(lcKeys) << "cannot read the new keyboard map; keeping the old one";
         return;
     }
+    // Grabs name keycodes, which a new layout leaves where they are; only
+    // moved modifier bits (Num Lock, Super) or a key gone from the map need
+    // new ones. The server also reports a map change whenever another
+    // keyboard (XTEST among them) types, with nothing changed.
+    auto keysOf = [](const QList<X11KeyGrab>& grabs) {
+        QList<std::pair<xcb_keycode_t, uint16_t>> keys;
+        for (const X11KeyGrab& grab : grabs)
+            keys.append({grab.keycode, grab.modifiers});
+        return keys;
+    };
+    if (keysOf(wantedGrabs()) == keysOf(m_placed) && m_keymap->numLockMask() == m_placedNumLockMask)
+        return;
     qCInfo(lcKeys) << "keyboard map changed, grabbing again";
     regrab();
 }

@@ -138,6 +138,8 @@ private slots:
         QVERIFY2(m_dir.isValid(), "no temporary folder");
         m_openbox.start(QStringLiteral("openbox"), {});
         QVERIFY2(m_openbox.waitForStarted(), "openbox is not installed");
+        // A window mapped before the window manager runs is never focused.
+        QTRY_VERIFY_WITH_TIMEOUT(rootHas("_NET_SUPPORTING_WM_CHECK"), 10000);
         m_typed = m_dir.filePath(QStringLiteral("typed"));
         // Raw mode hands every byte to cat at once, Tab and grave included.
         m_xterm.start(QStringLiteral("xterm"),
@@ -388,11 +390,14 @@ private:
         return status;
     }
 
-    xcb_window_t activeWindow()
+    bool rootHas(const char* property) { return rootWindowProperty(property) != XCB_NONE; }
+    xcb_window_t activeWindow() { return rootWindowProperty("_NET_ACTIVE_WINDOW"); }
+
+    xcb_window_t rootWindowProperty(const char* property)
     {
         xcb_connection_t* c = m_typist.connection();
         const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(c)).data->root;
-        const QByteArray name("_NET_ACTIVE_WINDOW");
+        const QByteArray name(property);
         auto* atom = xcb_intern_atom_reply(
             c, xcb_intern_atom(c, 1, uint16_t(name.size()), name.constData()), nullptr);
         if (!atom)
