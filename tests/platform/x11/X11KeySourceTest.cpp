@@ -24,7 +24,7 @@ namespace {
 
 // Keycodes of an evdev server (X keycode = evdev code + 8).
 constexpr xcb_keycode_t SuperL = 133, SuperR = 134, AltR = 108, TabKey = 23, GraveKey = 49;
-constexpr xcb_keycode_t KeyA = 38, KeyS = 39, KeyD = 40, KeyP = 33, KeyY = 29, Key3 = 12;
+constexpr xcb_keycode_t KeyA = 38, KeyS = 39, KeyD = 40, Key3 = 12;
 
 // Time stands still; the source only stamps events with it.
 class StillClock final : public Clock
@@ -149,8 +149,6 @@ private slots:
         // The xterm has focus once a probe key arrives in it.
         QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(m_typed), 10000);
         QTRY_VERIFY_WITH_TIMEOUT((m_typist.tap(KeyA), typed().contains('a')), 10000);
-        m_activeWindow = activeWindow();
-        QVERIFY(m_activeWindow != XCB_NONE);
     }
 
     void cleanupTestCase()
@@ -167,41 +165,11 @@ private slots:
         m_typedBefore = typed().size();
     }
 
-    void typedUnderTheKeyNeverReachesTheFocusedWindowWhilePassedKeysDo()
-    {
-        X11KeySource source(m_clock);
-        QVERIFY(installSwallowingLettersExcept(source, QStringLiteral("p")));
-
-        m_typist.tap(KeyA);
-        m_typist.press(SuperR);
-        m_typist.tap(KeyS);
-        m_typist.tap(KeyP);
-        m_typist.tap(KeyD);
-        m_typist.release(SuperR);
-        m_typist.tap(KeyS);
-        QTRY_COMPARE(typedSinceStart(), QStringLiteral("aps"));
-
-        using namespace keys;
-        const quint64 held = RightCommandBit | CommandMask;
-        const QList<Seen> expected{
-            {KeyEventType::FlagsChanged, RightCommand, held, {}},
-            {KeyEventType::KeyDown, 1, held, QStringLiteral("s")},
-            {KeyEventType::KeyUp, 1, held, QStringLiteral("s")},
-            {KeyEventType::KeyDown, 35, held, QStringLiteral("p")},
-            // The passed key went back to the xterm, up-stroke and all.
-            {KeyEventType::KeyDown, 2, held, QStringLiteral("d")},
-            {KeyEventType::KeyUp, 2, held, QStringLiteral("d")},
-            {KeyEventType::FlagsChanged, RightCommand, 0, {}},
-        };
-        QCOMPARE(describe(m_seen), describe(expected));
-        QCOMPARE(activeWindow(), m_activeWindow);
-    }
-
     void superShortcutsAreTakenOnlyWhileWatched()
     {
         X11KeySource source(m_clock);
         source.watch({keys::RightCommand, false, false});
-        QVERIFY(installSwallowingLettersExcept(source, {}));
+        QVERIFY(installSwallowingHeldKeys(source));
 
         m_typist.press(SuperL);
         m_typist.tap(TabKey);
@@ -250,7 +218,7 @@ private slots:
     void modifiersAreFollowedWithAndWithoutAGrab()
     {
         X11KeySource source(m_clock);
-        QVERIFY(installSwallowingLettersExcept(source, {}));
+        QVERIFY(installSwallowingHeldKeys(source));
         using namespace keys;
 
         // No grab of ours is active here: raw events still tell.
@@ -281,7 +249,7 @@ private slots:
     void aHeldKeyRepeatsAsPressesOnly()
     {
         X11KeySource source(m_clock);
-        QVERIFY(installSwallowingLettersExcept(source, {}));
+        QVERIFY(installSwallowingHeldKeys(source));
         m_typist.press(SuperR);
         m_typist.press(KeyS);
         QTest::qWait(1000); // Xvfb starts repeating after 660 ms
@@ -300,33 +268,6 @@ private slots:
         QCOMPARE(typedSinceStart(), QString());
     }
 
-    void aNewKeymapKeepsTheActivationKeyWorking()
-    {
-        X11KeySource source(m_clock);
-        // Under a German layout Right Alt is AltGr; it still activates.
-        source.watch({keys::RightOption, false, true});
-        QVERIFY(installSwallowingLettersExcept(source, {}));
-        QCOMPARE(setLayout(QStringLiteral("de")), 0);
-
-        m_typist.press(AltR);
-        m_typist.tap(KeyY);
-        m_typist.release(AltR);
-        m_typist.tap(KeyY);
-        QTRY_COMPARE(typedSinceStart(), QStringLiteral("z"));
-        QCOMPARE(m_seen.at(1).keyCode, 16); // the Y position, whatever it types
-        QCOMPARE(m_seen.at(1).characters, QStringLiteral("z"));
-
-        QCOMPARE(setLayout(QStringLiteral("us")), 0);
-        m_seen.clear();
-        m_typist.press(AltR);
-        m_typist.tap(KeyY);
-        m_typist.release(AltR);
-        m_typist.tap(KeyS);
-        QTRY_COMPARE(typedSinceStart(), QStringLiteral("zs"));
-        QCOMPARE(m_seen.at(1).characters, QStringLiteral("y"));
-        QVERIFY(source.isEnabled());
-    }
-
     void aKeyHeldByAnotherClientIsRefusedUntilItIsFree()
     {
         Typist other;
@@ -338,7 +279,7 @@ private slots:
         X11KeySource source(m_clock);
         QTest::ignoreMessage(QtWarningMsg,
                              QRegularExpression("cannot grab activation key Super_R.*134"));
-        QVERIFY(!installSwallowingLettersExcept(source, {}));
+        QVERIFY(!installSwallowingHeldKeys(source));
         QVERIFY(!source.isInstalled());
         QVERIFY(!source.isEnabled());
         // The watchdog's retry is refused again, without a new line each time.
@@ -360,15 +301,15 @@ private slots:
     }
 
 private:
-    bool installSwallowingLettersExcept(X11KeySource& source, const QString& passed)
+    // Swallows what is typed under Right Super or Right Alt, and the Super
+    // shortcuts; m_decide can be replaced afterwards.
+    bool installSwallowingHeldKeys(X11KeySource& source)
     {
-        m_decide = [passed](const KeyEvent& event) {
+        m_decide = [](const KeyEvent& event) {
             const bool held = event.flags & (keys::RightCommandBit | keys::RightOptionBit);
             const bool shortcut = event.keyCode == keys::Tab || event.keyCode == keys::Grave;
-            const bool passes = !passed.isEmpty() && event.characters == passed;
-            return event.type == KeyEventType::KeyDown && (held || shortcut) && !passes
-                       ? KeyDecision::Swallow
-                       : KeyDecision::Pass;
+            return event.type == KeyEventType::KeyDown && (held || shortcut) ? KeyDecision::Swallow
+                                                                             : KeyDecision::Pass;
         };
         return source.install([this](const KeyEvent& event) {
             m_seen.append({event.type, event.keyCode, event.flags, event.characters});
@@ -383,15 +324,7 @@ private:
     }
     QString typedSinceStart() const { return typed().mid(m_typedBefore); }
 
-    int setLayout(const QString& layout)
-    {
-        const int status = QProcess::execute(QStringLiteral("setxkbmap"), {layout});
-        QTest::qWait(300); // the source reloads once the notifications settle
-        return status;
-    }
-
     bool rootHas(const char* property) { return rootWindowProperty(property) != XCB_NONE; }
-    xcb_window_t activeWindow() { return rootWindowProperty("_NET_ACTIVE_WINDOW"); }
 
     xcb_window_t rootWindowProperty(const char* property)
     {
@@ -418,7 +351,6 @@ private:
     QProcess m_xterm;
     QString m_typed;
     qsizetype m_typedBefore = 0;
-    xcb_window_t m_activeWindow = XCB_NONE;
     Typist m_typist;
     QList<Seen> m_seen;
     std::function<KeyDecision(const KeyEvent&)> m_decide;
