@@ -6,6 +6,7 @@
 
 #include <QGuiApplication>
 #include <QLoggingCategory>
+#include <algorithm>
 #include <cstdlib>
 #include <xcb/xinput.h>
 #include <xcb/xtest.h>
@@ -28,6 +29,14 @@ template <typename T> using Reply = std::unique_ptr<T, decltype(&free)>;
 template <typename T> Reply<T> takeReply(T* reply)
 {
     return Reply<T>(reply, &free);
+}
+
+// Whether two lists hold the same grabs, in any order (a grab refused at
+// first is placed later, at the end).
+bool samePlaces(const QList<X11KeyGrab>& a, const QList<X11KeyGrab>& b)
+{
+    return a.size() == b.size() &&
+           std::all_of(a.cbegin(), a.cend(), [&](const X11KeyGrab& g) { return b.contains(g); });
 }
 
 // setxkbmap sends several notifications in a row; one reload covers them.
@@ -134,7 +143,8 @@ bool X11KeySource::prepareExtensions()
     if (!flags || !(flags->value & detectable))
         qCWarning(lcKeys) << "the X server cannot report auto-repeat as presses alone";
 
-    // Added to Qt's own selection on this connection, never replacing it.
+    // Only these two event types are touched; Qt's selection of the others
+    // on this connection stays as it is.
     const uint16_t mapEvents =
         XCB_XKB_EVENT_TYPE_NEW_KEYBOARD_NOTIFY | XCB_XKB_EVENT_TYPE_MAP_NOTIFY;
     const uint16_t allMapParts = 0xff;
@@ -237,22 +247,27 @@ void X11KeySource::placeMissingGrabs()
         activationWanted = activationWanted || isActivation;
         if (!m_placed.contains(grab)) {
             if (!m_grabs->place(grab, numLock)) {
-                if (!m_refusedLogged.contains(grab.name)) {
+                if (!m_reported.contains(grab.name)) {
                     qCWarning(lcKeys).noquote()
                         << "cannot grab" << grab.name << "- another client holds it";
-                    m_refusedLogged.insert(grab.name);
+                    m_reported.insert(grab.name);
                 }
                 continue;
             }
-            m_refusedLogged.remove(grab.name);
+            m_reported.remove(grab.name);
             m_placed.append(grab);
         }
         if (isActivation)
             m_activationGrabbed = true;
     }
-    if (!activationWanted)
+    const QString missing = QStringLiteral("missing key %1").arg(m_watch.activationKeyCode);
+    if (activationWanted) {
+        m_reported.remove(missing);
+    } else if (!m_reported.contains(missing)) {
         qCWarning(lcKeys) << "the activation key" << m_watch.activationKeyCode
                           << "is not on this keyboard";
+        m_reported.insert(missing);
+    }
 }
 
 void X11KeySource::releaseGrabs()
@@ -268,7 +283,7 @@ bool X11KeySource::isEnabled() const
     if (!m_installed)
         return false;
     const bool strayGrab = m_keyboardGrabbed && !m_modifiers.isDown(m_watch.activationKeyCode);
-    return !strayGrab && m_placed.size() == wantedGrabs().size();
+    return !strayGrab && samePlaces(wantedGrabs(), m_placed);
 }
 
 void X11KeySource::enable()
@@ -291,13 +306,7 @@ void X11KeySource::reloadKeymap()
     // moved modifier bits (Num Lock, Super) or a key gone from the map need
     // new ones. The server also reports a map change whenever another
     // keyboard (XTEST among them) types, with nothing changed.
-    auto keysOf = [](const QList<X11KeyGrab>& grabs) {
-        QList<std::pair<xcb_keycode_t, uint16_t>> keys;
-        for (const X11KeyGrab& grab : grabs)
-            keys.append({grab.keycode, grab.modifiers});
-        return keys;
-    };
-    if (keysOf(wantedGrabs()) == keysOf(m_placed) && m_keymap->numLockMask() == m_placedNumLockMask)
+    if (samePlaces(wantedGrabs(), m_placed) && m_keymap->numLockMask() == m_placedNumLockMask)
         return;
     qCInfo(lcKeys) << "keyboard map changed, grabbing again";
     regrab();

@@ -268,6 +268,25 @@ private slots:
         QCOMPARE(typedSinceStart(), QString());
     }
 
+    void aNewLayoutLeavesTheGrabsEnabled()
+    {
+        X11KeySource source(m_clock);
+        QVERIFY(installSwallowingHeldKeys(source));
+        // German names the grave key dead_circumflex; the grabs are the same.
+        for (const char* layout : {"de", "us"}) {
+            QCOMPARE(QProcess::execute(QStringLiteral("setxkbmap"), {QString::fromLatin1(layout)}),
+                     0);
+            QTest::qWait(300); // the source reloads once the notifications settle
+            QVERIFY2(source.isEnabled(), layout);
+            m_seen.clear();
+            m_typist.press(SuperR);
+            m_typist.tap(KeyS);
+            m_typist.release(SuperR);
+            QTRY_COMPARE(m_seen.size(), 4);
+            QCOMPARE(m_seen.at(1).characters, QStringLiteral("s"));
+        }
+    }
+
     void aKeyHeldByAnotherClientIsRefusedUntilItIsFree()
     {
         Typist other;
