@@ -396,15 +396,17 @@ void X11KeySource::handleModifier(qint64 keyCode, bool press)
     if (!press)
         releaseKeyboardIfActivationUp();
     if (changed)
-        deliver(KeyEventType::FlagsChanged, keyCode, {});
+        deliverFlagsChanged(keyCode);
 }
 
-void X11KeySource::deliver(KeyEventType type, qint64 keyCode, const QString& characters)
+void X11KeySource::deliverFlagsChanged(qint64 keyCode)
 {
-    if (m_installed && m_callback) {
-        qCDebug(lcKeys) << "flags" << keyCode << Qt::hex << m_modifiers.flags();
-        m_callback(KeyEvent{type, keyCode, m_modifiers.flags(), characters, m_clock.now()});
-    }
+    if (!m_installed || !m_callback)
+        return;
+    qCDebug(lcKeys) << "flags" << keyCode << Qt::hex << m_modifiers.flags();
+    // Modifier changes always pass: the server has delivered them already.
+    m_callback(
+        KeyEvent{KeyEventType::FlagsChanged, keyCode, m_modifiers.flags(), {}, m_clock.now()});
 }
 
 void X11KeySource::retype(xcb_keycode_t keycode)

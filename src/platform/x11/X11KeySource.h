@@ -55,7 +55,7 @@ private:
     void handleKey(const xcb_key_press_event_t* event, bool press);
     void handleRawKey(quint32 keycode, bool press);
     void handleModifier(qint64 keyCode, bool press);
-    void deliver(KeyEventType type, qint64 keyCode, const QString& characters);
+    void deliverFlagsChanged(qint64 keyCode);
     void retype(xcb_keycode_t keycode);
     void releaseKeyboardIfActivationUp();
 
