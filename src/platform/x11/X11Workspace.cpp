@@ -149,6 +149,7 @@ void X11Workspace::activate(Pid pid)
         if (!target && !windows.isEmpty())
             target = windows.first()->id;
     }
+    qCDebug(lcX11Workspace) << "activate pid" << pid << "window" << Qt::hex << target;
     if (!target)
         return;
     // Sent once the current event is handled: a window gathered to this

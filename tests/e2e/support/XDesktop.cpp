@@ -115,16 +115,17 @@ bool XDesktop::start(bool withWindowManager)
 
 bool XDesktop::startWindowManager()
 {
-    const QList<quint32> before = cardinals(m_root, "_NET_SUPPORTING_WM_CHECK", XCB_ATOM_WINDOW);
     m_windowManager = std::make_unique<QProcess>();
     m_windowManager->setProcessEnvironment(environment());
     m_windowManager->setProcessChannelMode(QProcess::ForwardedErrorChannel);
     m_windowManager->start(QStringLiteral("openbox"), {});
-    // openbox is up once it names a new check window on the root.
+    // A window manager is up once its check window exists and names itself
+    // (a stale root property may name one that is gone).
     const bool up = waitFor(
         [&] {
             const auto check = cardinals(m_root, "_NET_SUPPORTING_WM_CHECK", XCB_ATOM_WINDOW);
-            return !check.isEmpty() && check != before &&
+            return !check.isEmpty() &&
+                   cardinals(check.first(), "_NET_SUPPORTING_WM_CHECK", XCB_ATOM_WINDOW) == check &&
                    !cardinals(m_root, "_NET_NUMBER_OF_DESKTOPS", XCB_ATOM_CARDINAL).isEmpty();
         },
         10000);
@@ -175,9 +176,10 @@ xcb_window_t XDesktop::launchTerminal(const QString& wmClassName, const QString&
 
 qint64 XDesktop::pidOf(xcb_window_t window) const
 {
-    for (const auto& [w, process] : m_clients)
-        if (w == window)
-            return process->processId();
+    // X ids come back for later clients: the newest running owner counts.
+    for (auto it = m_clients.crbegin(); it != m_clients.crend(); ++it)
+        if (it->first == window && it->second->state() != QProcess::NotRunning)
+            return it->second->processId();
     const auto pid = cardinals(window, "_NET_WM_PID", XCB_ATOM_CARDINAL);
     return pid.isEmpty() ? 0 : qint64(pid.first());
 }
@@ -223,6 +225,11 @@ void XDesktop::type(const QString& text)
 
 void XDesktop::holding(int holdKey, const std::function<void()>& inside)
 {
+    constexpr int ApartMs = 450;
+    QElapsedTimer& since = m_sinceHold[holdKey];
+    if (since.isValid() && since.elapsed() < ApartMs)
+        settle(int(ApartMs - since.elapsed()));
+    since.start();
     press(holdKey);
     inside();
     release(holdKey);
@@ -366,6 +373,16 @@ void XDesktop::warpPointer(QPoint where)
     xcb_warp_pointer(m_connection, XCB_NONE, m_root, 0, 0, 0, 0, int16_t(where.x()),
                      int16_t(where.y()));
     sync();
+}
+
+void XDesktop::underActivationKey(const QString& text)
+{
+    holding(key::SuperR, [&] { type(text); });
+}
+
+bool XDesktop::waitForActive(const QString& wmClass, int timeoutMs) const
+{
+    return waitFor([&] { return activeClass() == wmClass; }, timeoutMs);
 }
 
 bool XDesktop::waitFor(const std::function<bool()>& condition, int timeoutMs) const

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <QElapsedTimer>
+#include <QHash>
 #include <QList>
 #include <QPoint>
 #include <QProcess>
@@ -78,7 +80,8 @@ public:
     void tap(int keycode);
     // Taps the letters or digits of text.
     void type(const QString& text);
-    // Holds holdKey, runs inside, releases it.
+    // Holds holdKey, runs inside, releases it. Two holds of the same key
+    // are kept apart by more than a double tap's 0.35 s.
     void holding(int holdKey, const std::function<void()>& inside);
 
     // What the server says now.
@@ -100,6 +103,10 @@ public:
     void moveToDesktop(xcb_window_t window, quint32 desktop);
     void warpPointer(QPoint where);
 
+    // Holds the activation key (Right Super) and types text under it.
+    void underActivationKey(const QString& text);
+    // Waits until a window of this WM_CLASS class is the active one.
+    bool waitForActive(const QString& wmClass, int timeoutMs = 3000) const;
     // Polls until condition holds; false after timeoutMs.
     bool waitFor(const std::function<bool()>& condition, int timeoutMs = 3000) const;
     // Lets the event loops of every client run for a while.
@@ -126,6 +133,7 @@ private:
     QList<std::pair<xcb_window_t, QProcess*>> m_clients;
     xcb_connection_t* m_connection = nullptr;
     xcb_window_t m_root = 0;
+    QHash<int, QElapsedTimer> m_sinceHold; // by hold key
 };
 
 } // namespace velkor::e2e
