@@ -3,6 +3,7 @@
 
 #include "settings/ColorHex.h"
 
+#include <QCoreApplication>
 #include <QDateTime>
 #include <QFile>
 #include <QFileInfo>
@@ -184,10 +185,20 @@ Preferences::Preferences(std::unique_ptr<QSettings> store, QObject* parent)
 
 Preferences::~Preferences() = default;
 
+void Preferences::setApplicationIdentity()
+{
+    QCoreApplication::setOrganizationName(QStringLiteral("Velkor"));
+    QCoreApplication::setOrganizationDomain(QStringLiteral("velkor.org"));
+    QCoreApplication::setApplicationName(QStringLiteral("Velkor"));
+}
+
 std::unique_ptr<QSettings> Preferences::openUserStore()
 {
-    return std::make_unique<QSettings>(QSettings::NativeFormat, QSettings::UserScope,
-                                       QStringLiteral("Velkor"), QStringLiteral("Velkor"));
+    // The application's identity picks the store: on macOS the organisation
+    // domain names the user-defaults domain, which is then the bundle's own
+    // (org.velkor.Velkor); elsewhere the organisation and application names
+    // give the file.
+    return std::make_unique<QSettings>(QSettings::UserScope);
 }
 
 QList<std::pair<QString, QVariant>> Preferences::registeredDefaults()

@@ -30,7 +30,12 @@ public:
 
     // The user's store: the native format (user defaults on macOS, an INI
     // file under the XDG config folder on Linux).
+    // Call setApplicationIdentity() first.
     static std::unique_ptr<QSettings> openUserStore();
+
+    // The organisation and application names and domain the user's store
+    // (and the rest of the application) is known by.
+    static void setApplicationIdentity();
 
     // The registered defaults: key and value of every setting that has one,
     // in declaration order. The two lists default to empty in code.

@@ -61,6 +61,7 @@ private slots:
     void userStoreIsTheNativeFileUnderTheConfigFolder()
     {
         const QString expected = m_configHome.filePath(QStringLiteral("Velkor/Velkor.conf"));
+        Preferences::setApplicationIdentity();
         {
             Preferences prefs(Preferences::openUserStore());
             QCOMPARE(prefs.store().fileName(), expected);
