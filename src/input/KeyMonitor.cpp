@@ -125,6 +125,10 @@ bool KeyMonitor::start()
 {
     if (m_source && m_source->isInstalled())
         return true;
+    // Grabbing backends install exactly what they watch, so they learn the
+    // activation key before they are asked to install.
+    if (m_source)
+        m_source->watch(currentWatch());
     const std::weak_ptr<KeyMonitor*> self = m_self;
     const bool installed = m_source && m_source->install([self](const KeyEvent& event) {
         const auto monitor = self.lock();
@@ -134,7 +138,6 @@ bool KeyMonitor::start()
         qWarning("[Velkor] failed to create event tap (Accessibility not granted?)");
         return false;
     }
-    m_source->watch(currentWatch());
     followWatchedSettings();
     if (!m_source->isEnabled())
         m_source->enable();
