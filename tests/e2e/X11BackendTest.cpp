@@ -24,7 +24,7 @@ namespace {
 
 XDesktop* g_desktop = nullptr;
 
-// The child side: "--windows CLASS SPEC...", one window per SPEC, a comma
+// The child side: "--windows CLASS WINDOW...", one window per WINDOW, a comma
 // list of name=, wmname=, gtk=, type=utility|dialog, skip, noinput. Lives
 // until it is killed.
 int runWindowOwner(const QStringList& args)
@@ -42,13 +42,13 @@ int runWindowOwner(const QStringList& args)
     };
     const QByteArray cls = args.value(0).toLatin1();
     const QByteArray wmClass = cls.toLower() + '\0' + cls + '\0';
-    for (const QString& spec : args.mid(1)) {
+    for (const QString& description : args.mid(1)) {
         const xcb_window_t w = xcb_generate_id(c);
         xcb_create_window(c, XCB_COPY_FROM_PARENT, w, screen->root, 0, 0, 200, 100, 0,
                           XCB_WINDOW_CLASS_INPUT_OUTPUT, screen->root_visual, 0, nullptr);
         xcb_icccm_set_wm_class(c, w, uint32_t(wmClass.size()), wmClass.constData());
         QList<xcb_atom_t> states;
-        for (const QString& item : spec.split(QLatin1Char(','), Qt::SkipEmptyParts)) {
+        for (const QString& item : description.split(QLatin1Char(','), Qt::SkipEmptyParts)) {
             const QByteArray key = item.section(QLatin1Char('='), 0, 0).toLatin1();
             const QByteArray value = item.section(QLatin1Char('='), 1).toUtf8();
             if (key == "name")
@@ -100,11 +100,11 @@ class X11BackendTest : public QObject
     std::unique_ptr<X11SpaceSystem> m_spaces;
     QList<xcb_window_t> m_started;
 
-    xcb_window_t owner(const QString& cls, const QStringList& specs)
+    xcb_window_t owner(const QString& cls, const QStringList& descriptions)
     {
         const xcb_window_t w =
             desktop().launch(QCoreApplication::applicationFilePath(),
-                             QStringList{QStringLiteral("--windows"), cls} + specs, cls);
+                             QStringList{QStringLiteral("--windows"), cls} + descriptions, cls);
         m_started.append(w);
         return w;
     }
