@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "XDesktop.h"
 #include "platform/x11/X11Connection.h"
+#include "platform/x11/X11ShellIntegration.h"
 #include "platform/x11/X11SpaceSystem.h"
 #include "platform/x11/X11WindowCache.h"
 #include "platform/x11/X11WindowSystem.h"
@@ -10,6 +11,7 @@
 #include <QFile>
 #include <QGuiApplication>
 #include <QSignalSpy>
+#include <QWindow>
 #include <QtTest>
 #include <memory>
 #include <xcb/xcb_icccm.h>
@@ -22,7 +24,7 @@ namespace {
 
 XDesktop* g_desktop = nullptr;
 
-// The child side: "--windows CLASS SPEC...", one window per SPEC, a comma
+// The child side: "--windows CLASS WINDOW...", one window per WINDOW, a comma
 // list of name=, wmname=, gtk=, type=utility|dialog, skip, noinput. Lives
 // until it is killed.
 int runWindowOwner(const QStringList& args)
@@ -40,13 +42,13 @@ int runWindowOwner(const QStringList& args)
     };
     const QByteArray cls = args.value(0).toLatin1();
     const QByteArray wmClass = cls.toLower() + '\0' + cls + '\0';
-    for (const QString& spec : args.mid(1)) {
+    for (const QString& description : args.mid(1)) {
         const xcb_window_t w = xcb_generate_id(c);
         xcb_create_window(c, XCB_COPY_FROM_PARENT, w, screen->root, 0, 0, 200, 100, 0,
                           XCB_WINDOW_CLASS_INPUT_OUTPUT, screen->root_visual, 0, nullptr);
         xcb_icccm_set_wm_class(c, w, uint32_t(wmClass.size()), wmClass.constData());
         QList<xcb_atom_t> states;
-        for (const QString& item : spec.split(QLatin1Char(','), Qt::SkipEmptyParts)) {
+        for (const QString& item : description.split(QLatin1Char(','), Qt::SkipEmptyParts)) {
             const QByteArray key = item.section(QLatin1Char('='), 0, 0).toLatin1();
             const QByteArray value = item.section(QLatin1Char('='), 1).toUtf8();
             if (key == "name")
@@ -98,11 +100,11 @@ class X11BackendTest : public QObject
     std::unique_ptr<X11SpaceSystem> m_spaces;
     QList<xcb_window_t> m_started;
 
-    xcb_window_t owner(const QString& cls, const QStringList& specs)
+    xcb_window_t owner(const QString& cls, const QStringList& descriptions)
     {
         const xcb_window_t w =
             desktop().launch(QCoreApplication::applicationFilePath(),
-                             QStringList{QStringLiteral("--windows"), cls} + specs, cls);
+                             QStringList{QStringLiteral("--windows"), cls} + descriptions, cls);
         m_started.append(w);
         return w;
     }
@@ -276,6 +278,72 @@ private slots:
         QVERIFY(!m_spaces->setCurrentSpace(layout->displayId, 4));
         QVERIFY(m_spaces->moveWindows({w}, 1));
         QVERIFY(eventually([&] { return desktop().desktopOf(w) == 1u; }));
+    }
+
+    void controlDigitFallbackPressesTheKeysAtTheDigitsPositions()
+    {
+        // A client of its own grabs Control + each digit on the root, as a
+        // window manager with such shortcuts would, and reads what arrives.
+        xcb_connection_t* c = xcb_connect(desktop().display().toLatin1().constData(), nullptr);
+        QVERIFY(!xcb_connection_has_error(c));
+        const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(c)).data->root;
+        for (int keycode = 10; keycode <= 19; ++keycode)
+            xcb_grab_key(c, 1, root, XCB_MOD_MASK_CONTROL, xcb_keycode_t(keycode),
+                         XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC);
+        std::free(xcb_get_input_focus_reply(c, xcb_get_input_focus(c), nullptr));
+
+        // The digit key codes the core uses for 1, 5, 6 and 9.
+        for (int code : {18, 23, 22, 25})
+            QVERIFY(m_spaces->postControlKey(code));
+        QVERIFY(!m_spaces->postControlKey(0)); // the A key: not a digit
+        QList<int> pressed;
+        QVERIFY(eventually([&] {
+            while (xcb_generic_event_t* e = xcb_poll_for_event(c)) {
+                if ((e->response_type & 0x7f) == XCB_KEY_PRESS) {
+                    auto* key = reinterpret_cast<xcb_key_press_event_t*>(e);
+                    if (key->state & XCB_MOD_MASK_CONTROL)
+                        pressed.append(key->detail);
+                }
+                std::free(e);
+            }
+            return pressed.size() >= 4;
+        }));
+        QCOMPARE(pressed, (QList<int>{key::of(QLatin1Char('1')), key::of(QLatin1Char('5')),
+                                      key::of(QLatin1Char('6')), key::of(QLatin1Char('9'))}));
+        xcb_disconnect(c);
+    }
+
+    void overlayWindowsStayOutOfTheWindowManagersWay()
+    {
+        X11ShellIntegration shell(X11Connection::fromQt());
+        QWindow overlay;
+        overlay.resize(200, 80);
+        shell.prepareOverlayWindow(&overlay);
+        overlay.show();
+        const auto id = xcb_window_t(overlay.winId());
+        xcb_connection_t* c = X11Connection::fromQt()->get();
+        QVERIFY(eventually([&] {
+            auto attributes = reply(
+                xcb_get_window_attributes_reply(c, xcb_get_window_attributes(c, id), nullptr));
+            return attributes && attributes->override_redirect &&
+                   attributes->map_state == XCB_MAP_STATE_VIEWABLE;
+        }));
+        QVERIFY(!desktop().clients().contains(id));
+        QVERIFY(!shell.canBlurBehind()); // openbox composites nothing
+
+        const QString icon = desktop().scratchPath() + QLatin1String("/icon.png");
+        QImage image(16, 16, QImage::Format_ARGB32);
+        image.fill(Qt::red);
+        QVERIFY(image.save(icon));
+        const QString entry = desktop().scratchPath() + QLatin1String("/iconic.desktop");
+        QFile file(entry);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write("[Desktop Entry]\nType=Application\nName=Iconic\nExec=true\nIcon=" +
+                   icon.toUtf8() + "\n");
+        file.close();
+        QVERIFY(!shell.iconForFile(entry).isNull());
+        QVERIFY(
+            shell.iconForFile(desktop().scratchPath() + QLatin1String("/none.desktop")).isNull());
     }
 
     void windowsThatRefuseFocusAreRaisedNotWaitedFor()
