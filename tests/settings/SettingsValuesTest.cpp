@@ -59,21 +59,6 @@ private slots:
         QCOMPARE(modifierKeyFromRaw(QString()), std::nullopt);
         QCOMPARE(overlayPositionFromRaw(QStringLiteral("middle")), std::nullopt);
     }
-
-    // Pickers list the cases in this order, unusual as it is.
-    void pickerOrderIsKept()
-    {
-        QStringList positions;
-        for (const auto position : allOverlayPositions())
-            positions.append(rawValue(position));
-        QCOMPARE(positions,
-                 (QStringList{"center", "bottomRight", "bottomLeft", "topRight", "topLeft"}));
-        QStringList keys;
-        for (const auto key : allModifierKeys())
-            keys.append(rawValue(key));
-        QCOMPARE(keys, (QStringList{"rightCommand", "rightOption", "rightControl", "leftCommand",
-                                    "leftOption", "leftControl"}));
-    }
 };
 
 QTEST_GUILESS_MAIN(SettingsValuesTest)
