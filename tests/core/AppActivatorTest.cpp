@@ -35,18 +35,6 @@ private slots:
         QCOMPARE(p.log, QStringList({"unhide:7", "raise:b", "frontmost:7", "activate:7", "raise:a",
                                      "frontmost:7", "activate:7", "frontmost:9"}));
     }
-
-    void activateLaunchesOnlyWhatIsNotRunning()
-    {
-        FakePlatform p;
-        p.workspace->addApp(3, QStringLiteral("Mail"), QStringLiteral("com.apple.mail"));
-        AppActivator activator(*p.workspace, *p.windows);
-        const QUrl url = QUrl::fromLocalFile(QStringLiteral("/Applications/Mail.app"));
-        activator.activate(AppEntry{"com.apple.mail", "Mail", url, "com.apple.mail", 3});
-        activator.activate(AppEntry{"com.apple.mail", "Mail", url, "com.apple.mail", {}});
-        activator.activate(AppEntry{"x", "Nothing", {}, {}, {}});
-        QCOMPARE(p.log, QStringList({"frontmost:3", "activate:3", "open:/Applications/Mail.app"}));
-    }
 };
 
 QTEST_GUILESS_MAIN(AppActivatorTest)

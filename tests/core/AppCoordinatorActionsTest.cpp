@@ -11,8 +11,6 @@ using velkor::test::CoordinatorHarness;
 
 namespace {
 
-constexpr quint64 LeftCmdBits = keys::LeftCommandBit | keys::CommandMask;
-
 // The focus sequence of one window: raise, make its app frontmost, activate.
 QStringList focused(const QString& windowKey, Pid pid)
 {
@@ -310,19 +308,23 @@ void AppCoordinatorActionsTest::windowActionsKeepTheSessionOpen()
     h.addInstalled("Sketch", "com.bohemian.sketch");
     h.fake.workspace->frontmost = 20;
     h.boot();
+    // W, Q or H typed with Left Command held as well.
+    const auto withCommand = [&](qint64 code, const char* characters) {
+        h.flags |= keys::LeftCommandBit;
+        const KeyDecision decision = h.key(code, QString::fromLatin1(characters));
+        h.flags &= ~keys::LeftCommandBit;
+        return decision;
+    };
 
     // In the window switcher the selected row's app is the target; the
     // first window that is not minimised closes.
     h.doubleTap();
     QCOMPARE(h.model().items()[0].pid, std::optional<Pid>(10));
-    h.flags |= keys::LeftCommandBit;
-    QCOMPARE(h.key(keys::W, "w"), KeyDecision::Swallow);
+    QCOMPARE(withCommand(keys::W, "w"), KeyDecision::Swallow);
     QCOMPARE(h.logged("close:"), QStringList("close:10w1"));
-    QVERIFY(h.coordinator->windowMode());
     QCOMPARE(h.model().mode(), ModeWindows);
-    h.key(keys::Q, "q");
+    withCommand(keys::Q, "q");
     QCOMPARE(h.logged("terminate:"), QStringList("terminate:10"));
-    h.flags &= ~keys::LeftCommandBit;
     h.releaseActivation();
 
     // No rows: the frontmost app is the target.
@@ -330,30 +332,25 @@ void AppCoordinatorActionsTest::windowActionsKeepTheSessionOpen()
     h.fake.workspace->frontmost = 20;
     h.advance(1);
     h.pressActivation();
-    h.flags |= keys::LeftCommandBit;
-    h.key(keys::H, "h");
+    withCommand(keys::H, "h");
     QCOMPARE(h.logged("hide:"), QStringList("hide:20"));
     QCOMPARE(h.coordinator->mode(), AppCoordinator::Mode::hint);
-    h.flags &= ~keys::LeftCommandBit;
 
     // The selected row is an app that is not running: nothing to act on.
     h.type("sk");
     QCOMPARE(h.titles(), QStringList("Sketch"));
     h.clearLog();
-    h.flags |= keys::LeftCommandBit;
-    h.key(keys::Q, "q");
-    h.key(keys::W, "w");
+    withCommand(keys::Q, "q");
+    withCommand(keys::W, "w");
     QVERIFY(h.fake.log.isEmpty());
     QCOMPARE(h.coordinator->query(), QStringLiteral("sk"));
 
     // No rows and no frontmost app: nothing either.
-    h.flags &= ~keys::LeftCommandBit;
     h.releaseActivation();
     h.fake.workspace->frontmost.reset();
     h.advance(1);
     h.pressActivation();
-    h.flags |= keys::LeftCommandBit;
-    h.key(keys::Q, "q");
+    withCommand(keys::Q, "q");
     QVERIFY(h.logged("terminate:").isEmpty());
 }
 

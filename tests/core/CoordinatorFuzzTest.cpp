@@ -16,7 +16,18 @@ namespace {
 
 constexpr int MinKeyEvents = 100000;
 
-const QList<qint64> ModifierCodes = {54, 55, 56, 58, 59, 60, 61, 62};
+// The modifier keys: key code, own bit, device-independent mask.
+struct Modifier
+{
+    qint64 code;
+    quint64 bit, mask;
+};
+const Modifier Modifiers[] = {
+    {54, keys::RightCommandBit, keys::CommandMask}, {55, keys::LeftCommandBit, keys::CommandMask},
+    {56, keys::LeftShiftBit, keys::ShiftMask},      {58, keys::LeftOptionBit, keys::OptionMask},
+    {59, keys::LeftControlBit, keys::ControlMask},  {60, keys::RightShiftBit, keys::ShiftMask},
+    {61, keys::RightOptionBit, keys::OptionMask},   {62, keys::RightControlBit, keys::ControlMask},
+};
 const QList<qint64> ActionCodes = {53, 36, 48, 50, 13, 12, 4, 33, 30};
 const QList<quint64> FlagBits = {0x1,  0x2,    0x4,     0x8,     0x10,    0x20,
                                  0x40, 0x2000, 0x20000, 0x40000, 0x80000, 0x100000};
@@ -27,80 +38,14 @@ const QStringList AppNames = {"Safari", "Slack", "Spotify",  "Arc",    "Atom",
                               "Mail",   "Xcode", "Zed",      "Études", "Terminal",
                               "Tetris", "Notes", "1Password"};
 
-// The device-independent mask of a modifier's key code.
-quint64 maskOf(qint64 code)
-{
-    switch (code) {
-    case 54:
-    case 55:
-        return keys::CommandMask;
-    case 58:
-    case 61:
-        return keys::OptionMask;
-    case 59:
-    case 62:
-        return keys::ControlMask;
-    default:
-        return keys::ShiftMask;
-    }
-}
-
-quint64 bitOf(qint64 code)
-{
-    switch (code) {
-    case 54:
-        return keys::RightCommandBit;
-    case 55:
-        return keys::LeftCommandBit;
-    case 56:
-        return keys::LeftShiftBit;
-    case 58:
-        return keys::LeftOptionBit;
-    case 59:
-        return keys::LeftControlBit;
-    case 60:
-        return keys::RightShiftBit;
-    case 61:
-        return keys::RightOptionBit;
-    default:
-        return keys::RightControlBit;
-    }
-}
-
 // What an out-of-range click must leave exactly as it was.
-struct Snapshot
-{
-    AppCoordinator::Mode mode;
-    QString query;
-    std::optional<QString> cycleLetter;
-    int cycleIndex;
-    bool pending;
-    bool windowMode;
-    bool isCommandTab;
-    qsizetype windows;
-    int selection;
-    qsizetype items;
-    qsizetype logSize;
-    bool pendingShow;
-
-    bool operator==(const Snapshot&) const = default;
-};
-
-Snapshot snapshot(CoordinatorHarness& h)
+auto snapshot(CoordinatorHarness& h)
 {
     const AppCoordinator& c = *h.coordinator;
-    return {c.mode(),
-            c.query(),
-            c.cycleLetter(),
-            c.cycleIndex(),
-            c.pendingLetterCommit(),
-            c.windowMode(),
-            c.isCommandTab(),
-            c.currentWindows().size(),
-            h.model().selection(),
-            h.model().items().size(),
-            h.fake.log.size(),
-            c.overlay().hasPendingShow()};
+    return std::make_tuple(
+        c.mode(), c.query(), c.cycleLetter(), c.cycleIndex(), c.pendingLetterCommit(),
+        c.windowMode(), c.isCommandTab(), c.currentWindows().size(), h.model().selection(),
+        h.model().items().size(), h.fake.log.size(), c.overlay().hasPendingShow());
 }
 
 } // namespace
@@ -130,15 +75,21 @@ private:
 
     quint64 pick(quint64 n) { return n == 0 ? 0 : m_rng() % n; }
     bool chance(int percent) { return int(pick(100)) < percent; }
+    quint64 heldFlags() const
+    {
+        quint64 flags = m_held;
+        for (const Modifier& m : Modifiers)
+            flags |= (m_held & m.bit) ? m.mask : 0;
+        return flags;
+    }
 };
 
 void CoordinatorFuzzTest::randomStreamsKeepTheInvariants()
 {
-    quint64 seed = QRandomGenerator::system()->generate64();
     bool fromEnv = false;
-    const quint64 envSeed = qEnvironmentVariable("VELKOR_FUZZ_SEED").toULongLong(&fromEnv);
-    if (fromEnv)
-        seed = envSeed;
+    quint64 seed = qEnvironmentVariable("VELKOR_FUZZ_SEED").toULongLong(&fromEnv);
+    if (!fromEnv)
+        seed = QRandomGenerator::system()->generate64();
     qInfo("fuzz seed %llu (set VELKOR_FUZZ_SEED=%llu to replay)", seed, seed);
     m_rng.seed(seed);
 
@@ -194,36 +145,27 @@ void CoordinatorFuzzTest::sendKeyEvent()
     } else if (kind < 35) {
         // A modifier goes down or up; mostly the activation key and Command.
         event.type = KeyEventType::FlagsChanged;
-        event.keyCode = chance(50) ? KeyMonitor::activationKeyCode(m_h->prefs->modifierKey())
-                                   : ModifierCodes[int(pick(ModifierCodes.size()))];
-        m_held ^= bitOf(event.keyCode);
-        quint64 masks = 0;
-        for (qint64 code : ModifierCodes) {
-            if (m_held & bitOf(code))
-                masks |= maskOf(code);
+        const Modifier& m = Modifiers[pick(std::size(Modifiers))];
+        event.keyCode =
+            chance(50) ? KeyMonitor::activationKeyCode(m_h->prefs->modifierKey()) : m.code;
+        for (const Modifier& each : Modifiers) {
+            if (each.code == event.keyCode)
+                m_held ^= each.bit;
         }
-        event.flags = m_held | masks;
+        event.flags = heldFlags();
     } else {
         event.type = chance(60) ? KeyEventType::KeyDown : KeyEventType::KeyUp;
         const int which = int(pick(100));
-        if (which < 45) {
-            event.characters = QString(QChar('a' + int(pick(26))));
-            event.keyCode = test::usKeyCode(event.characters.at(0));
-        } else if (which < 60) {
-            event.characters = QString::number(pick(10));
-            event.keyCode = test::usKeyCode(event.characters.at(0));
-        } else if (which < 85) {
-            event.keyCode = ActionCodes[int(pick(ActionCodes.size()))];
-            event.characters = Characters[int(pick(Characters.size()))];
+        if (which < 60) {
+            event.characters =
+                which < 45 ? QString(QChar('a' + int(pick(26)))) : QString::number(pick(10));
+            event.keyCode = qint64(pick(50));
         } else {
-            event.keyCode = qint64(pick(128));
+            event.keyCode =
+                which < 85 ? ActionCodes[int(pick(ActionCodes.size()))] : qint64(pick(128));
             event.characters = Characters[int(pick(Characters.size()))];
         }
-        event.flags = m_held;
-        for (qint64 code : ModifierCodes) {
-            if (m_held & bitOf(code))
-                event.flags |= maskOf(code);
-        }
+        event.flags = heldFlags();
         // Now and then a flag word that disagrees with what was seen: a
         // release the platform never reported.
         if (chance(4))
@@ -300,7 +242,7 @@ void CoordinatorFuzzTest::clickTheOverlay()
     const int count = int(model.items().size());
     const int index = int(pick(count + 7)) - 3;
     const bool inRange = index >= 0 && index < count;
-    const Snapshot before = snapshot(*m_h);
+    const auto before = snapshot(*m_h);
     ++m_clicks;
     if (chance(50))
         model.onHover(index);
@@ -313,39 +255,21 @@ void CoordinatorFuzzTest::clickTheOverlay()
 void CoordinatorFuzzTest::changeASetting()
 {
     Preferences& p = *m_h->prefs;
-    switch (pick(9)) {
-    case 0:
-        p.setSwitchOnRelease(!p.switchOnRelease());
-        break;
-    case 1:
-        p.setReplaceCommandTab(!p.replaceCommandTab());
-        break;
-    case 2:
-        p.setCmdBacktickCycle(!p.cmdBacktickCycle());
-        break;
-    case 3:
-        p.setSearchIncludesApps(!p.searchIncludesApps());
-        break;
-    case 4:
-        p.setSpaceMode(p.spaceMode() == SpaceMode::followApp ? SpaceMode::gatherWindows
-                                                             : SpaceMode::followApp);
-        break;
-    case 5:
-        p.setMouseFollowsFocus(!p.mouseFollowsFocus());
-        break;
-    case 6:
-        p.setOverlayEnabled(!p.overlayEnabled());
-        break;
-    case 7:
-        p.setExcludedBundleIds(chance(50) ? QStringList{"org.fuzz.safari", "org.fuzz.arc"}
-                                          : QStringList{});
-        break;
-    default:
-        // Rarely: a different activation key, even while the old one is down.
-        if (chance(30))
-            p.setModifierKey(allModifierKeys()[int(pick(6))]);
-        break;
-    }
+    const std::function<void()> changes[] = {
+        [&] { p.setSwitchOnRelease(!p.switchOnRelease()); },
+        [&] { p.setReplaceCommandTab(!p.replaceCommandTab()); },
+        [&] { p.setCmdBacktickCycle(!p.cmdBacktickCycle()); },
+        [&] { p.setSearchIncludesApps(!p.searchIncludesApps()); },
+        [&] { p.setSpaceMode(SpaceMode(int(pick(2)))); },
+        [&] { p.setMouseFollowsFocus(!p.mouseFollowsFocus()); },
+        [&] { p.setOverlayEnabled(!p.overlayEnabled()); },
+        [&] {
+            p.setExcludedBundleIds(chance(50) ? QStringList{"org.fuzz.safari"} : QStringList{});
+        },
+        // Now and then a different activation key, even while the old one is down.
+        [&] { p.setModifierKey(allModifierKeys()[int(pick(6))]); },
+    };
+    changes[pick(std::size(changes))]();
 }
 
 void CoordinatorFuzzTest::checkInvariants()

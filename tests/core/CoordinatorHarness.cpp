@@ -5,24 +5,13 @@
 
 #include <QCoreApplication>
 #include <QDeadlineTimer>
-#include <QHash>
+#include <QRegularExpression>
 
 namespace velkor::test {
 
-qint64 usKeyCode(QChar c)
-{
-    static const QHash<QChar, qint64> codes = {
-        {'a', 0},  {'s', 1},  {'d', 2},  {'f', 3},  {'h', 4},  {'g', 5},  {'z', 6},  {'x', 7},
-        {'c', 8},  {'v', 9},  {'b', 11}, {'q', 12}, {'w', 13}, {'e', 14}, {'r', 15}, {'y', 16},
-        {'t', 17}, {'1', 18}, {'2', 19}, {'3', 20}, {'4', 21}, {'6', 22}, {'5', 23}, {'9', 25},
-        {'7', 26}, {'8', 28}, {'0', 29}, {'o', 31}, {'u', 32}, {'i', 34}, {'p', 35}, {'l', 37},
-        {'j', 38}, {'k', 40}, {'n', 45}, {'m', 46},
-    };
-    return codes.value(c.toLower(), 10);
-}
-
 CoordinatorHarness::CoordinatorHarness()
 {
+    // Not in the initialiser list: the folder is a later member.
     prefs = std::make_unique<Preferences>(std::make_unique<QSettings>(
         m_dir.filePath(QStringLiteral("prefs.ini")), QSettings::IniFormat));
 }
@@ -38,9 +27,9 @@ void CoordinatorHarness::boot()
     coordinator.reset();
     registry = std::make_unique<AppRegistry>(*fake.workspace, fake.installedApps, *prefs);
     // The installed-app scan hands its result back through the event loop.
-    const qsizetype expected = fake.installedApps->apps.size();
     const QDeadlineTimer deadline(5000);
-    while (registry->installedApps().size() < expected && !deadline.hasExpired())
+    while (registry->installedApps().size() < fake.installedApps->apps.size() &&
+           !deadline.hasExpired())
         QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
     coordinator =
         std::make_unique<AppCoordinator>(fake.platform(), *prefs, *registry, [this](OverlayModel&) {
@@ -61,59 +50,46 @@ void CoordinatorHarness::addWindows(Pid pid, const QStringList& titles,
                                     const QList<bool>& minimized)
 {
     QList<fake::FakeWindow> list;
-    for (int i = 0; i < titles.size(); ++i) {
-        fake::FakeWindow w;
-        w.key = QStringLiteral("%1w%2").arg(pid).arg(i);
-        w.title = titles[i];
-        w.minimized = i < minimized.size() && minimized[i];
-        w.frame = QRectF(100 * pid, 0, 200, 100);
-        list.append(w);
-    }
+    for (int i = 0; i < titles.size(); ++i)
+        list.append({QStringLiteral("%1w%2").arg(pid).arg(i), titles[i], minimized.value(i),
+                     QRectF(100 * pid, 0, 200, 100), true});
     fake.windows->windows.insert(pid, list);
 }
 
 void CoordinatorHarness::addInstalled(const QString& name, const std::optional<QString>& bundleId)
 {
-    fake.installedApps->apps.append(
-        InstalledApp{QStringLiteral("/apps/%1").arg(name), name, bundleId});
+    fake.installedApps->apps.append({QStringLiteral("/apps/%1").arg(name), name, bundleId});
 }
 
-namespace {
-// The device-independent mask that goes with the activation key.
-quint64 pairMask(ModifierKey key)
+KeyDecision CoordinatorHarness::modifier(qint64 code, quint64 bits, bool down)
 {
-    switch (key) {
-    case ModifierKey::rightCommand:
-    case ModifierKey::leftCommand:
-        return keys::CommandMask;
-    case ModifierKey::rightOption:
-    case ModifierKey::leftOption:
-        return keys::OptionMask;
-    case ModifierKey::rightControl:
-    case ModifierKey::leftControl:
-        return keys::ControlMask;
-    }
-    return 0;
-}
-} // namespace
-
-KeyDecision CoordinatorHarness::pressActivation()
-{
-    flags |= KeyMonitor::activationFlagBit(prefs->modifierKey()) | pairMask(prefs->modifierKey());
-    return fake.keys->send(KeyEvent{KeyEventType::FlagsChanged,
-                                    KeyMonitor::activationKeyCode(prefs->modifierKey()), flags,
-                                    QString(), fake.clock->now()});
-}
-
-KeyDecision CoordinatorHarness::releaseActivation()
-{
-    flags &=
-        ~(KeyMonitor::activationFlagBit(prefs->modifierKey()) | pairMask(prefs->modifierKey()));
-    if (flags & keys::LeftCommandBit)
+    flags = down ? flags | bits : flags & ~bits;
+    // The device-independent masks follow whichever side is still down.
+    flags &= ~(keys::CommandMask | keys::OptionMask | keys::ControlMask);
+    if (flags & (keys::LeftCommandBit | keys::RightCommandBit))
         flags |= keys::CommandMask;
-    return fake.keys->send(KeyEvent{KeyEventType::FlagsChanged,
-                                    KeyMonitor::activationKeyCode(prefs->modifierKey()), flags,
-                                    QString(), fake.clock->now()});
+    if (flags & (keys::LeftOptionBit | keys::RightOptionBit))
+        flags |= keys::OptionMask;
+    if (flags & (keys::LeftControlBit | keys::RightControlBit))
+        flags |= keys::ControlMask;
+    return fake.keys->send(
+        KeyEvent{KeyEventType::FlagsChanged, code, flags, QString(), fake.clock->now()});
+}
+
+KeyDecision CoordinatorHarness::activation(bool down)
+{
+    const ModifierKey k = prefs->modifierKey();
+    return modifier(KeyMonitor::activationKeyCode(k), KeyMonitor::activationFlagBit(k), down);
+}
+
+KeyDecision CoordinatorHarness::rightOption(bool down)
+{
+    return modifier(keys::RightOption, keys::RightOptionBit, down);
+}
+
+KeyDecision CoordinatorHarness::leftCommand(bool down)
+{
+    return modifier(keys::LeftCommand, keys::LeftCommandBit, down);
 }
 
 KeyDecision CoordinatorHarness::doubleTap()
@@ -133,32 +109,10 @@ KeyDecision CoordinatorHarness::key(qint64 code, const QString& characters)
     return decision;
 }
 
-KeyDecision CoordinatorHarness::type(QChar c)
-{
-    return key(usKeyCode(c), QString(c));
-}
-
 void CoordinatorHarness::type(const QString& text)
 {
     for (QChar c : text)
         type(c);
-}
-
-KeyDecision CoordinatorHarness::rightOption(bool down)
-{
-    flags = down ? flags | keys::RightOptionBit | keys::OptionMask
-                 : flags & ~(keys::RightOptionBit | keys::OptionMask);
-    return fake.keys->send(KeyEvent{KeyEventType::FlagsChanged, keys::RightOption, flags, QString(),
-                                    fake.clock->now()});
-}
-
-KeyDecision CoordinatorHarness::leftCommand(bool down)
-{
-    flags = down ? flags | keys::LeftCommandBit | keys::CommandMask : flags & ~keys::LeftCommandBit;
-    if (!(flags & (keys::LeftCommandBit | keys::RightCommandBit)))
-        flags &= ~keys::CommandMask;
-    return fake.keys->send(KeyEvent{KeyEventType::FlagsChanged, keys::LeftCommand, flags, QString(),
-                                    fake.clock->now()});
 }
 
 KeyDecision CoordinatorHarness::commandTab()
@@ -181,12 +135,7 @@ QStringList CoordinatorHarness::titles()
 
 QStringList CoordinatorHarness::activations() const
 {
-    QStringList result;
-    for (const QString& line : fake.log) {
-        if (line.startsWith(QLatin1String("activate:")) || line.startsWith(QLatin1String("open:")))
-            result << line;
-    }
-    return result;
+    return fake.log.filter(QRegularExpression(QStringLiteral("^(activate|open):")));
 }
 
 QStringList CoordinatorHarness::logged(const QString& prefix) const

@@ -13,25 +13,20 @@
 
 namespace velkor::test {
 
-// A panel that only remembers what was asked of it.
+// A panel that only remembers whether it is shown and how often it faded in.
 class FakePanel final : public OverlayPanel
 {
 public:
     bool isVisible() const override { return visible; }
     std::optional<QSizeF> fittingSize() override { return QSizeF(300, 80); }
     std::optional<QRectF> mainScreenArea() const override { return QRectF(0, 0, 1440, 900); }
-    void setFrame(const QRectF&) override { ++frames; }
+    void setFrame(const QRectF&) override {}
     void orderFront() override {}
-    void fadeIn(double) override
-    {
-        visible = true;
-        ++fadeIns;
-    }
+    void fadeIn(double) override { visible = true, ++fadeIns; }
     void orderOut() override { visible = false; }
 
     bool visible = false;
     int fadeIns = 0;
-    int frames = 0;
 };
 
 // The whole switching path on fakes: key events go in through the fake key
@@ -42,8 +37,8 @@ public:
     CoordinatorHarness();
     ~CoordinatorHarness();
 
-    // Builds registry and coordinator and installs the key source. Apps and
-    // installed apps set up before this are seen at once.
+    // Builds registry and coordinator and installs the key source; apps set
+    // up before are seen at once.
     void boot();
 
     fake::FakePlatform fake;
@@ -51,21 +46,20 @@ public:
     std::unique_ptr<AppRegistry> registry;
     std::unique_ptr<AppCoordinator> coordinator;
     FakePanel* panel = nullptr; // once the controller has made it
+    quint64 flags = 0;          // the modifiers currently down
 
-    // A running app with one titled window "<pid>w0".
+    // A running app with one window "<pid>w0" titled "<name> window".
     void addApp(Pid pid, const QString& name, const QString& bundleId);
     void addWindows(Pid pid, const QStringList& titles, const QList<bool>& minimized = {});
     // An installed app at "/apps/<name>", read by the next boot().
     void addInstalled(const QString& name, const std::optional<QString>& bundleId);
 
-    // Key events on the clock's time line, with the flag word of the
-    // modifiers currently down.
-    KeyDecision pressActivation();
-    KeyDecision releaseActivation();
+    KeyDecision pressActivation() { return activation(true); }
+    KeyDecision releaseActivation() { return activation(false); }
     KeyDecision doubleTap(); // press, release, press again 0.1 s later
-    KeyDecision key(qint64 code, const QString& characters);
-    KeyDecision type(QChar c);      // a letter or digit by its US key
-    void type(const QString& text); // each character in turn
+    KeyDecision key(qint64 code, const QString& characters); // down and up
+    KeyDecision type(QChar c) { return key(10, QString(c)); }
+    void type(const QString& text);
     KeyDecision rightOption(bool down);
     KeyDecision leftCommand(bool down);
     KeyDecision commandTab();
@@ -74,20 +68,16 @@ public:
 
     OverlayModel& model() { return coordinator->overlay().model(); }
     QStringList titles();
-    // Activations and launches, in order ("activate:12", "open:/apps/X").
-    QStringList activations() const;
-    // Log lines starting with prefix, in order.
+    QStringList activations() const; // "activate:12", "open:/apps/X", in order
     QStringList logged(const QString& prefix) const;
     void clearLog() { fake.log.clear(); }
     QStringList usage(const QString& letter) const { return prefs->letterUsage().value(letter); }
 
-    quint64 flags = 0;
-
 private:
+    KeyDecision activation(bool down);
+    KeyDecision modifier(qint64 code, quint64 bits, bool down);
+
     QTemporaryDir m_dir;
 };
-
-// The macOS key code of a letter or digit on a US keyboard.
-qint64 usKeyCode(QChar c);
 
 } // namespace velkor::test
