@@ -115,28 +115,20 @@ private slots:
     {
         QTest::addColumn<QString>("name");
         QTest::addColumn<QString>("key");
-        QTest::newRow("plain") << "Safari"
-                               << "s";
-        QTest::newRow("digit") << "1Password"
-                               << "1";
-        QTest::newRow("punctuation") << "(Untitled)"
-                                     << "(";
-        QTest::newRow("accented capital") << "\u00C9diteur"
-                                          << "\u00E9";
-        QTest::newRow("decomposed capital") << "E\u0301diteur"
-                                            << "\u00E9";
-        QTest::newRow("umlaut is not a") << "\u00C4rzte"
-                                         << "\u00E4";
-        QTest::newRow("dotted capital I") << "\u0130zmir"
-                                          << "i\u0307";
-        QTest::newRow("emoji with skin tone") << "\U0001F44D\U0001F3FD Likes"
-                                              << "\U0001F44D\U0001F3FD";
-        QTest::newRow("letter with emoji modifier") << "a\U0001F3FDb"
-                                                    << "a\U0001F3FD";
-        QTest::newRow("greek") << "\u03A9mega"
-                               << "\u03C9";
-        QTest::newRow("empty") << ""
-                               << "";
+        const auto row = [](const char* title, const QString& name, const QString& key) {
+            QTest::newRow(title) << name << key;
+        };
+        row("plain", "Safari", "s");
+        row("digit", "1Password", "1");
+        row("punctuation", "(Untitled)", "(");
+        row("accented capital", "\u00C9diteur", "\u00E9");
+        row("decomposed capital", "E\u0301diteur", "\u00E9");
+        row("umlaut is not a", "\u00C4rzte", "\u00E4");
+        row("dotted capital I", "\u0130zmir", "i\u0307");
+        row("emoji with skin tone", "\U0001F44D\U0001F3FD Likes", "\U0001F44D\U0001F3FD");
+        row("letter with emoji modifier", "a\U0001F3FDb", "a\U0001F3FD");
+        row("greek", "\u03A9mega", "\u03C9");
+        row("empty", "", "");
     }
 
     void letterKeysAreLowerCasedFirstCharacters()
@@ -146,25 +138,15 @@ private slots:
         QCOMPARE(AppRegistry::letterKey(name), key);
     }
 
-    void letterMapGroupsByKeyWithUnicodeRules()
+    void letterMapGroupsComposedAndDecomposedNames()
     {
-        m_workspace->addApp(1, "Äpfel", QStringLiteral("de.apfel"));
-        m_workspace->addApp(2, "Atlas", QStringLiteral("atlas"));
-        m_workspace->addApp(3, "École", QStringLiteral("ecole"));
-        m_workspace->addApp(4, "E\u0301tude", QStringLiteral("etude"));
-        m_workspace->addApp(5, "Editor", QStringLiteral("editor"));
+        m_workspace->addApp(1, "École", QStringLiteral("ecole"));
+        m_workspace->addApp(2, "E\u0301tude", QStringLiteral("etude"));
+        m_workspace->addApp(3, "Editor", QStringLiteral("editor"));
         AppRegistry registry(*m_workspace, nullptr, *m_prefs);
-        const LetterMap& map = registry.letterMap();
-        QCOMPARE(namesOf(map.value(QStringLiteral("a"))), QStringList{"Atlas"});
-        QCOMPARE(namesOf(map.value(QStringLiteral("ä"))), QStringList{"Äpfel"});
-        QCOMPARE(namesOf(map.value(QStringLiteral("e"))), QStringList{"Editor"});
-        QCOMPARE(map.value(QStringLiteral("é")).size(), 2);
-        QCOMPARE(map.size(), 4);
-
-        m_workspace->apps.clear();
-        registry.refreshRunning();
-        QVERIFY(registry.runningApps().isEmpty());
-        QVERIFY(registry.letterMap().isEmpty());
+        QCOMPARE(namesOf(registry.letterMap().value(QStringLiteral("é"))),
+                 (QStringList{"École", "E\u0301tude"}));
+        QCOMPARE(registry.letterMap().size(), 2);
     }
 
     void cyclingOrderFollowsTheUsageHistory()

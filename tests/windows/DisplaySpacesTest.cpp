@@ -78,18 +78,14 @@ private slots:
     void currentSpaceOutsideTheListIsTheFirst()
     {
         const QVariantList spaces{space(10), space(11), space(12)};
-        auto layout = readMainDisplaySpaces(QVariantList{display(QStringLiteral("D"), spaces, 77)});
-        QCOMPARE(layout->currentIndex, 0);
-
-        layout = readMainDisplaySpaces(QVariantList{display(QStringLiteral("D"), spaces, {})});
-        QCOMPARE(layout->currentIndex, 0);
-
-        layout = readMainDisplaySpaces(
-            QVariantList{display(QStringLiteral("D"), spaces, QStringLiteral("12"))});
-        QCOMPARE(layout->currentIndex, 0);
-
-        layout = readMainDisplaySpaces(QVariantList{display(QStringLiteral("D"), spaces, 12)});
-        QCOMPARE(layout->currentIndex, 2);
+        // Unknown, missing, and of the wrong kind: the first; listed: its place.
+        const QList<std::pair<QVariant, int>> cases{
+            {77, 0}, {{}, 0}, {QStringLiteral("12"), 0}, {12, 2}};
+        for (const auto& [current, index] : cases) {
+            const auto layout =
+                readMainDisplaySpaces(QVariantList{display(QStringLiteral("D"), spaces, current)});
+            QCOMPARE(layout->currentIndex, index);
+        }
     }
 
     void malformedListsAreAbsent()
