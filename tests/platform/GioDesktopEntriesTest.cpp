@@ -81,29 +81,24 @@ private slots:
     void windowsFindTheirEntries()
     {
         GioDesktopEntries entries;
-        const auto name = [&](std::optional<QString> gtkId, const QString& cls,
-                              const QString& instance) {
-            const auto entry = entries.match(gtkId, cls, instance);
+        const auto found = [&](std::optional<QString> gtkId, const char* cls,
+                               const char* instance) {
+            const auto entry =
+                entries.match(gtkId, QString::fromLatin1(cls), QString::fromLatin1(instance));
             return entry ? entry->name + QLatin1Char('|') + entry->id : QStringLiteral("none");
         };
         // _GTK_APPLICATION_ID wins over everything else.
-        QCOMPARE(name(QStringLiteral("org.example.Alpha"), QStringLiteral("xeyes"),
-                      QStringLiteral("xeyes")),
+        QCOMPARE(found(QStringLiteral("org.example.Alpha"), "xeyes", "xeyes"),
                  QStringLiteral("Alpha|org.example.Alpha"));
         // StartupWMClass, by class or by instance name.
-        QCOMPARE(name(std::nullopt, QStringLiteral("VendorWin"), QStringLiteral("x")),
-                 QStringLiteral("Vendor Tool|vendor-tool"));
-        QCOMPARE(name(std::nullopt, QStringLiteral("Gnome-calculator"),
-                      QStringLiteral("gnome-calculator")),
+        QCOMPARE(found({}, "VendorWin", "x"), QStringLiteral("Vendor Tool|vendor-tool"));
+        QCOMPARE(found({}, "Gnome-calculator", "gnome-calculator"),
                  QStringLiteral("Calculator|org.gnome.Calculator"));
         // Desktop id equal to the class, as written or lower-cased.
-        QCOMPARE(name(std::nullopt, QStringLiteral("XEyes"), QStringLiteral("xeyes")),
-                 QStringLiteral("Eyes|xeyes"));
+        QCOMPARE(found({}, "XEyes", "xeyes"), QStringLiteral("Eyes|xeyes"));
         // Entries hidden from menus still name their running windows.
-        QCOMPARE(name(std::nullopt, QStringLiteral("Quiet"), QStringLiteral("quiet")),
-                 QStringLiteral("Quiet|quiet"));
-        QCOMPARE(name(std::nullopt, QStringLiteral("Nothing"), QStringLiteral("nothing")),
-                 QStringLiteral("none"));
+        QCOMPARE(found({}, "Quiet", "quiet"), QStringLiteral("Quiet|quiet"));
+        QCOMPARE(found({}, "Nothing", "nothing"), QStringLiteral("none"));
 
         const auto byFile = GioDesktopEntries::byFile(home() + QLatin1String("/shadowed.desktop"));
         QVERIFY(byFile);

@@ -13,6 +13,7 @@
 #include <QTest>
 #include <csignal>
 #include <cstdlib>
+#include <cstring>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <xcb/xcb.h>
@@ -23,7 +24,7 @@ using namespace velkor;
 namespace {
 
 // Keycodes of an evdev server (X keycode = evdev code + 8).
-constexpr xcb_keycode_t SuperL = 133, SuperR = 134, AltR = 108, TabKey = 23, GraveKey = 49;
+constexpr xcb_keycode_t SuperR = 134, AltR = 108;
 constexpr xcb_keycode_t KeyA = 38, KeyS = 39, KeyD = 40, Key3 = 12;
 
 // Time stands still; the source only stamps events with it.
@@ -165,56 +166,6 @@ private slots:
         m_typedBefore = typed().size();
     }
 
-    void superShortcutsAreTakenOnlyWhileWatched()
-    {
-        X11KeySource source(m_clock);
-        source.watch({keys::RightCommand, false, false});
-        QVERIFY(installSwallowingHeldKeys(source));
-
-        m_typist.press(SuperL);
-        m_typist.tap(TabKey);
-        m_typist.tap(GraveKey);
-        m_typist.release(SuperL);
-        QTRY_COMPARE(typedSinceStart(), QStringLiteral("\t`"));
-        for (const Seen& e : std::as_const(m_seen))
-            QVERIFY2(e.type == KeyEventType::FlagsChanged, qPrintable(describe(m_seen)));
-
-        source.watch({keys::RightCommand, true, true});
-        m_seen.clear();
-        m_typist.press(SuperL);
-        m_typist.tap(TabKey);
-        m_typist.tap(TabKey);
-        m_typist.tap(GraveKey);
-        m_typist.release(SuperL);
-        m_typist.tap(KeyS);
-        QTRY_COMPARE(typedSinceStart(), QStringLiteral("\t`s"));
-        using namespace keys;
-        const quint64 left = LeftCommandBit | CommandMask;
-        const QList<Seen> expected{
-            {KeyEventType::FlagsChanged, LeftCommand, left, {}},
-            {KeyEventType::KeyDown, Tab, left, {}},
-            {KeyEventType::KeyUp, Tab, left, {}},
-            {KeyEventType::KeyDown, Tab, left, {}},
-            {KeyEventType::KeyUp, Tab, left, {}},
-            {KeyEventType::KeyDown, Grave, left, QStringLiteral("`")},
-            {KeyEventType::KeyUp, Grave, left, QStringLiteral("`")},
-            {KeyEventType::FlagsChanged, LeftCommand, 0, {}},
-        };
-        QCOMPARE(describe(m_seen), describe(expected));
-
-        // Passed back, the shortcut reaches the xterm without coming round again.
-        m_decide = [](const KeyEvent&) { return KeyDecision::Pass; };
-        m_seen.clear();
-        m_typist.press(SuperL);
-        m_typist.tap(TabKey);
-        m_typist.release(SuperL);
-        QTRY_COMPARE(typedSinceStart(), QStringLiteral("\t`s\t"));
-        const auto tabDowns = std::count_if(m_seen.cbegin(), m_seen.cend(), [](const Seen& e) {
-            return e.type == KeyEventType::KeyDown && e.keyCode == keys::Tab;
-        });
-        QCOMPARE(tabDowns, 1);
-    }
-
     void modifiersAreFollowedWithAndWithoutAGrab()
     {
         X11KeySource source(m_clock);
@@ -256,35 +207,15 @@ private slots:
         m_typist.release(KeyS);
         m_typist.release(SuperR);
         QTRY_VERIFY(!m_seen.isEmpty() && m_seen.last().keyCode == keys::RightCommand);
-        qsizetype downs = 0;
-        qsizetype ups = 0;
-        for (const Seen& e : std::as_const(m_seen)) {
-            downs += e.type == KeyEventType::KeyDown;
-            ups += e.type == KeyEventType::KeyUp;
-        }
+        const auto count = [&](KeyEventType type) {
+            return std::count_if(m_seen.cbegin(), m_seen.cend(),
+                                 [&](const Seen& e) { return e.type == type; });
+        };
+        const auto downs = count(KeyEventType::KeyDown), ups = count(KeyEventType::KeyUp);
         QVERIFY2(downs >= 3, qPrintable(describe(m_seen)));
         QCOMPARE(ups, 1);
         QCOMPARE(m_seen.at(m_seen.size() - 2).type, KeyEventType::KeyUp);
         QCOMPARE(typedSinceStart(), QString());
-    }
-
-    void aNewLayoutLeavesTheGrabsEnabled()
-    {
-        X11KeySource source(m_clock);
-        QVERIFY(installSwallowingHeldKeys(source));
-        // German names the grave key dead_circumflex; the grabs are the same.
-        for (const char* layout : {"de", "us"}) {
-            QCOMPARE(QProcess::execute(QStringLiteral("setxkbmap"), {QString::fromLatin1(layout)}),
-                     0);
-            QTest::qWait(300); // the source reloads once the notifications settle
-            QVERIFY2(source.isEnabled(), layout);
-            m_seen.clear();
-            m_typist.press(SuperR);
-            m_typist.tap(KeyS);
-            m_typist.release(SuperR);
-            QTRY_COMPARE(m_seen.size(), 4);
-            QCOMPARE(m_seen.at(1).characters, QStringLiteral("s"));
-        }
     }
 
     void aKeyHeldByAnotherClientIsRefusedUntilItIsFree()
@@ -320,19 +251,14 @@ private slots:
     }
 
 private:
-    // Swallows what is typed under Right Super or Right Alt, and the Super
-    // shortcuts; m_decide can be replaced afterwards.
+    // Swallows what is typed under Right Super or Right Alt.
     bool installSwallowingHeldKeys(X11KeySource& source)
     {
-        m_decide = [](const KeyEvent& event) {
-            const bool held = event.flags & (keys::RightCommandBit | keys::RightOptionBit);
-            const bool shortcut = event.keyCode == keys::Tab || event.keyCode == keys::Grave;
-            return event.type == KeyEventType::KeyDown && (held || shortcut) ? KeyDecision::Swallow
-                                                                             : KeyDecision::Pass;
-        };
         return source.install([this](const KeyEvent& event) {
             m_seen.append({event.type, event.keyCode, event.flags, event.characters});
-            return m_decide(event);
+            const bool held = event.flags & (keys::RightCommandBit | keys::RightOptionBit);
+            return event.type == KeyEventType::KeyDown && held ? KeyDecision::Swallow
+                                                               : KeyDecision::Pass;
         });
     }
 
@@ -343,25 +269,21 @@ private:
     }
     QString typedSinceStart() const { return typed().mid(m_typedBefore); }
 
-    bool rootHas(const char* property) { return rootWindowProperty(property) != XCB_NONE; }
-
-    xcb_window_t rootWindowProperty(const char* property)
+    // Whether the root window has the property, as a running window manager sets it.
+    bool rootHas(const char* property)
     {
         xcb_connection_t* c = m_typist.connection();
         const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(c)).data->root;
-        const QByteArray name(property);
         auto* atom = xcb_intern_atom_reply(
-            c, xcb_intern_atom(c, 1, uint16_t(name.size()), name.constData()), nullptr);
+            c, xcb_intern_atom(c, 1, uint16_t(strlen(property)), property), nullptr);
         if (!atom)
-            return XCB_NONE;
+            return false;
         auto* reply = xcb_get_property_reply(
             c, xcb_get_property(c, 0, root, atom->atom, XCB_ATOM_WINDOW, 0, 1), nullptr);
         free(atom);
-        xcb_window_t window = XCB_NONE;
-        if (reply && xcb_get_property_value_length(reply) == 4)
-            window = *static_cast<xcb_window_t*>(xcb_get_property_value(reply));
+        const bool has = reply && xcb_get_property_value_length(reply) == 4;
         free(reply);
-        return window;
+        return has;
     }
 
     StillClock m_clock;
@@ -372,7 +294,6 @@ private:
     qsizetype m_typedBefore = 0;
     Typist m_typist;
     QList<Seen> m_seen;
-    std::function<KeyDecision(const KeyEvent&)> m_decide;
 };
 
 int main(int argc, char** argv)
