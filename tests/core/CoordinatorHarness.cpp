@@ -82,16 +82,6 @@ KeyDecision CoordinatorHarness::activation(bool down)
     return modifier(KeyMonitor::activationKeyCode(k), KeyMonitor::activationFlagBit(k), down);
 }
 
-KeyDecision CoordinatorHarness::rightOption(bool down)
-{
-    return modifier(keys::RightOption, keys::RightOptionBit, down);
-}
-
-KeyDecision CoordinatorHarness::leftCommand(bool down)
-{
-    return modifier(keys::LeftCommand, keys::LeftCommandBit, down);
-}
-
 KeyDecision CoordinatorHarness::doubleTap()
 {
     pressActivation();
@@ -113,16 +103,6 @@ void CoordinatorHarness::type(const QString& text)
 {
     for (QChar c : text)
         type(c);
-}
-
-KeyDecision CoordinatorHarness::commandTab()
-{
-    return key(keys::Tab, QStringLiteral("\t"));
-}
-
-KeyDecision CoordinatorHarness::commandGrave()
-{
-    return key(keys::Grave, QStringLiteral("`"));
 }
 
 QStringList CoordinatorHarness::titles()

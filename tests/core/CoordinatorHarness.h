@@ -5,6 +5,7 @@
 #include "core/AppCoordinator.h"
 #include "fakes/FakePlatform.h"
 #include "overlay/OverlayPanel.h"
+#include "platform/KeyCodes.h"
 #include "settings/Preferences.h"
 
 #include <QStringList>
@@ -60,10 +61,16 @@ public:
     KeyDecision key(qint64 code, const QString& characters); // down and up
     KeyDecision type(QChar c) { return key(10, QString(c)); }
     void type(const QString& text);
-    KeyDecision rightOption(bool down);
-    KeyDecision leftCommand(bool down);
-    KeyDecision commandTab();
-    KeyDecision commandGrave();
+    KeyDecision rightOption(bool down)
+    {
+        return modifier(keys::RightOption, keys::RightOptionBit, down);
+    }
+    KeyDecision leftCommand(bool down)
+    {
+        return modifier(keys::LeftCommand, keys::LeftCommandBit, down);
+    }
+    KeyDecision commandTab() { return key(keys::Tab, QStringLiteral("\t")); }
+    KeyDecision commandGrave() { return key(keys::Grave, QStringLiteral("`")); }
     void advance(double seconds) { fake.clock->advance(seconds); }
 
     OverlayModel& model() { return coordinator->overlay().model(); }

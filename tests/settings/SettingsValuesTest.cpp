@@ -18,7 +18,6 @@ private slots:
         QTest::newRow("default") << "#FEBC2E" << 0xFEBC2E;
         QTest::newRow("lower, no hash") << "0a1b2c" << 0x0A1B2C;
         QTest::newRow("white space around") << " \t#ffffff\n" << 0xFFFFFF;
-        QTest::newRow("black") << "#000000" << 0x000000;
         QTest::newRow("two hashes") << "##FEBC2E" << -1;
         QTest::newRow("five digits") << "#FEBC2" << -1;
         QTest::newRow("seven digits") << "#FEBC2EE" << -1;
