@@ -20,7 +20,13 @@ QCollator& nameCollator()
 {
     // Built once per thread: QCollator is not safe to share between threads.
     thread_local QCollator collator = [] {
-        QCollator c;
+        // Under the C locale QCollator skips ICU, and its sort keys then
+        // compare code units with case; the root collation is the neutral
+        // choice there.
+        QLocale locale;
+        if (locale.language() == QLocale::C)
+            locale = QLocale(QLocale::English);
+        QCollator c(locale);
         c.setCaseSensitivity(Qt::CaseInsensitive);
         return c;
     }();

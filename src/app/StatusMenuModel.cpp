@@ -1,0 +1,82 @@
+// SPDX-License-Identifier: MIT
+#include "app/StatusMenuModel.h"
+
+#include "app/PermissionsManager.h"
+
+namespace velkor {
+
+namespace {
+
+StatusMenuEntry item(const QString& title, StatusMenuAction action, bool enabled = true)
+{
+    return StatusMenuEntry{false, title, enabled, action};
+}
+
+StatusMenuEntry label(const QString& title)
+{
+    return StatusMenuEntry{false, title, false, StatusMenuAction::none};
+}
+
+StatusMenuEntry separator()
+{
+    return StatusMenuEntry{true, QString(), false, StatusMenuAction::none};
+}
+
+} // namespace
+
+StatusMenuModel::StatusMenuModel(PermissionsManager& permissions)
+    : m_permissions(permissions), m_version(QStringLiteral(VELKOR_VERSION))
+{}
+
+QList<StatusMenuEntry> StatusMenuModel::rebuild()
+{
+    m_permissions.refresh();
+    return entries();
+}
+
+QList<StatusMenuEntry> StatusMenuModel::entries() const
+{
+    return {
+        m_permissions.isTrusted() ? label(QStringLiteral("Velkor is active"))
+                                  : item(QStringLiteral("Accessibility permission needed"),
+                                         StatusMenuAction::openPermissions),
+        separator(),
+        item(QStringLiteral("Settings…"), StatusMenuAction::openSettings),
+        item(QStringLiteral("Check for Updates…"), StatusMenuAction::checkForUpdates,
+             m_updatesAvailable),
+        separator(),
+        item(QStringLiteral("Quit Velkor"), StatusMenuAction::quit),
+        separator(),
+        label(versionTitle(m_version)),
+    };
+}
+
+void StatusMenuModel::trigger(StatusMenuAction action) const
+{
+    const std::function<void()>* callback = nullptr;
+    switch (action) {
+    case StatusMenuAction::none:
+        return;
+    case StatusMenuAction::openPermissions:
+        callback = &callbacks.openPermissions;
+        break;
+    case StatusMenuAction::openSettings:
+        callback = &callbacks.openSettings;
+        break;
+    case StatusMenuAction::checkForUpdates:
+        callback = &callbacks.checkForUpdates;
+        break;
+    case StatusMenuAction::quit:
+        callback = &callbacks.quit;
+        break;
+    }
+    if (callback && *callback)
+        (*callback)();
+}
+
+QString StatusMenuModel::versionTitle(const QString& version)
+{
+    return QStringLiteral("Velkor ") + (version.isEmpty() ? QStringLiteral("0.1.0") : version);
+}
+
+} // namespace velkor

@@ -1,0 +1,107 @@
+// SPDX-License-Identifier: MIT
+#include "app/LaunchAtLogin.h"
+#include "app/PermissionsManager.h"
+#include "app/StatusMenuModel.h"
+#include "fakes/FakePlatform.h"
+
+#include <QSignalSpy>
+#include <QTest>
+
+using namespace velkor;
+using namespace velkor::fake;
+
+namespace {
+QStringList logged;
+void collect(QtMsgType, const QMessageLogContext&, const QString& text)
+{
+    logged << text;
+}
+} // namespace
+
+class ShellLogicTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void pollingReportsTheGrantExactlyOnce()
+    {
+        FakePlatform p;
+        int granted = 0;
+        int dropped = 0;
+        {
+            PermissionsManager perms(*p.trust, *p.clock);
+            QSignalSpy spy(&perms, &PermissionsManager::trustedChanged);
+            perms.requestAccess([&] { ++granted; });
+            perms.startPolling([&] { ++dropped; }); // a second click starts nothing
+            QCOMPARE(p.trust->requestCount, 1);
+            QCOMPARE(p.trust->openSettingsCount, 1);
+            p.clock->advance(3.0);
+            QCOMPARE(granted, 0);
+            p.trust->trusted = true;
+            p.clock->advance(1.0);
+            p.trust->trusted = false; // withdrawn later: nobody looks any more
+            p.clock->advance(5.0);
+            QCOMPARE(granted, 1);
+            QCOMPARE(dropped, 0);
+            QVERIFY(perms.isTrusted());
+            QCOMPARE(spy.count(), 1);
+
+            perms.startPolling([&] { ++dropped; });
+        }
+        QCOMPARE(p.clock->pendingCount(), 0); // the poll dies with its manager
+    }
+
+    void statusMenuFollowsTheTrustStateOnEveryOpening()
+    {
+        FakePlatform p;
+        PermissionsManager perms(*p.trust, *p.clock);
+        StatusMenuModel menu(perms);
+        menu.setVersion(QString());
+        auto describe = [&] {
+            QStringList out;
+            for (const StatusMenuEntry& e : menu.rebuild())
+                out << (e.separator ? QStringLiteral("-") : e.title + (e.enabled ? "+" : ""));
+            return out;
+        };
+        QCOMPARE(describe(),
+                 QStringList({"Accessibility permission needed+", "-", "Settings…+",
+                              "Check for Updates…+", "-", "Quit Velkor+", "-", "Velkor 0.1.0"}));
+        p.trust->trusted = true; // granted while the menu was closed
+        QCOMPARE(describe().first(), QStringLiteral("Velkor is active"));
+
+        QStringList called;
+        for (const StatusMenuEntry& e : menu.entries())
+            menu.trigger(e.action); // no callbacks yet: nothing happens
+        menu.callbacks.openSettings = [&] { called << "settings"; };
+        menu.callbacks.checkForUpdates = [&] { called << "updates"; };
+        menu.callbacks.quit = [&] { called << "quit"; };
+        for (const StatusMenuEntry& e : menu.entries())
+            menu.trigger(e.action);
+        menu.trigger(StatusMenuAction::openPermissions); // never set
+        QCOMPARE(called, QStringList({"settings", "updates", "quit"}));
+    }
+
+    void launchAtLoginChangesOnlyWhatDiffersAndLogsFailures()
+    {
+        using Status = LoginItem::Status;
+        FakeLoginItem item;
+        for (Status s : {Status::NotRegistered, Status::RequiresApproval, Status::NotFound}) {
+            item.state = s;
+            LaunchAtLogin::set(item, false);
+        }
+        QCOMPARE(item.unregisterCalls, 0);
+        LaunchAtLogin::set(item, true);
+        LaunchAtLogin::set(item, true);
+        QCOMPARE(item.registerCalls, 1);
+
+        item.failWith = QStringLiteral("Operation not permitted");
+        const QtMessageHandler previous = qInstallMessageHandler(collect);
+        LaunchAtLogin::set(item, false);
+        qInstallMessageHandler(previous);
+        QCOMPARE(item.unregisterCalls, 1);
+        QCOMPARE(logged, QStringList({"[Velkor] LaunchAtLogin error: Operation not permitted"}));
+    }
+};
+
+QTEST_GUILESS_MAIN(ShellLogicTest)
+#include "ShellLogicTest.moc"

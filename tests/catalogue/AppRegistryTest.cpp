@@ -1,0 +1,265 @@
+// SPDX-License-Identifier: MIT
+#include "catalogue/AppRegistry.h"
+
+#include "fakes/FakePlatform.h"
+#include "settings/Preferences.h"
+
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QThread>
+
+using namespace velkor;
+using velkor::fake::FakeInstalledAppSource;
+using velkor::fake::FakeWorkspace;
+
+namespace {
+
+QStringList namesOf(const QList<AppEntry>& entries)
+{
+    QStringList names;
+    for (const AppEntry& e : entries)
+        names.append(e.name);
+    return names;
+}
+
+// A scan that takes a while, to destroy the registry while it runs.
+class SlowInstalledAppSource final : public InstalledAppSource
+{
+public:
+    QList<InstalledApp> scan() const override
+    {
+        QThread::msleep(150);
+        return {{QStringLiteral("/apps/Late.app"), QStringLiteral("Late"), std::nullopt}};
+    }
+};
+
+} // namespace
+
+class AppRegistryTest : public QObject
+{
+    Q_OBJECT
+
+private:
+    QTemporaryDir m_dir;
+    fake::CallLog m_log;
+    std::unique_ptr<FakeWorkspace> m_workspace;
+    std::unique_ptr<Preferences> m_prefs;
+
+private slots:
+    void init()
+    {
+        static int n = 0;
+        m_prefs = std::make_unique<Preferences>(std::make_unique<QSettings>(
+            m_dir.filePath(QStringLiteral("prefs%1.conf").arg(++n)), QSettings::IniFormat));
+        m_workspace = std::make_unique<FakeWorkspace>(m_log);
+    }
+
+    void cleanup()
+    {
+        m_workspace.reset();
+        m_prefs.reset();
+    }
+
+    void admitsOnlyRegularForeignNamedUnexcludedApps()
+    {
+        m_workspace->addApp(1, "Mail", QStringLiteral("com.mail"),
+                            QStringLiteral("/apps/Mail.app"));
+        m_workspace->addApp(2, "Helper", QStringLiteral("com.helper")).regular = false;
+        m_workspace->addApp(3, "Velkor", QStringLiteral("org.velkor.Velkor"));
+        m_workspace->addApp(4, "Tool", std::nullopt);
+        m_workspace->addApp(5, "Hidden", QStringLiteral("com.excluded"));
+        m_workspace->addApp(6, "Nameless", QStringLiteral("com.nameless")).name.reset();
+        m_workspace->addApp(7, "Case", QStringLiteral("com.Excluded"));
+        m_prefs->setExcludedBundleIds({QStringLiteral("com.excluded")});
+
+        AppRegistry registry(*m_workspace, nullptr, *m_prefs);
+        const QList<AppEntry>& apps = registry.runningApps();
+        QCOMPARE(namesOf(apps), (QStringList{"Case", "Mail", "Tool"}));
+
+        const AppEntry& mail = apps.at(1);
+        QCOMPARE(mail.id, QStringLiteral("com.mail"));
+        QCOMPARE(mail.pid, std::optional<Pid>(1));
+        QCOMPARE(mail.path(), std::optional<QString>(QStringLiteral("/apps/Mail.app")));
+        const AppEntry& tool = apps.at(2);
+        QCOMPARE(tool.id, QStringLiteral("pid:4"));
+        QCOMPARE(tool.bundleId, std::nullopt);
+        QCOMPARE(tool.url, std::nullopt);
+
+        // Without an own id, apps without one count as this program.
+        m_workspace->ownId.reset();
+        registry.refreshRunning();
+        QCOMPARE(namesOf(registry.runningApps()), (QStringList{"Case", "Mail", "Velkor"}));
+    }
+
+    void sortsByNameIgnoringCaseAndKeepsPlatformOrderForEqualNames()
+    {
+        m_workspace->addApp(1, "beta", QStringLiteral("b"));
+        m_workspace->addApp(2, "Mail Merge", QStringLiteral("mm"));
+        m_workspace->addApp(3, "Alpha", QStringLiteral("a1"));
+        m_workspace->addApp(4, "mail", QStringLiteral("m"));
+        m_workspace->addApp(5, "alpha", QStringLiteral("a2"));
+        m_workspace->addApp(6, "Zebra", QStringLiteral("z"));
+        AppRegistry registry(*m_workspace, nullptr, *m_prefs);
+        QCOMPARE(namesOf(registry.runningApps()),
+                 (QStringList{"Alpha", "alpha", "beta", "mail", "Mail Merge", "Zebra"}));
+        QCOMPARE(registry.runningApps().at(0).pid, std::optional<Pid>(3));
+        QCOMPARE(registry.letterMap().value(QStringLiteral("m")).size(), 2);
+        QCOMPARE(registry.letterMap().value(QStringLiteral("m")).first().name,
+                 QStringLiteral("mail"));
+        QVERIFY(AppRegistry::compareNames(QStringLiteral("ÉCOLE"), QStringLiteral("école")) == 0);
+        QVERIFY(AppRegistry::compareNames(QStringLiteral("apple"), QStringLiteral("Banana")) < 0);
+    }
+
+    void letterKeysAreLowerCasedFirstCharacters_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("key");
+        QTest::newRow("plain") << "Safari"
+                               << "s";
+        QTest::newRow("digit") << "1Password"
+                               << "1";
+        QTest::newRow("punctuation") << "(Untitled)"
+                                     << "(";
+        QTest::newRow("accented capital") << "\u00C9diteur"
+                                          << "\u00E9";
+        QTest::newRow("decomposed capital") << "E\u0301diteur"
+                                            << "\u00E9";
+        QTest::newRow("umlaut is not a") << "\u00C4rzte"
+                                         << "\u00E4";
+        QTest::newRow("dotted capital I") << "\u0130zmir"
+                                          << "i\u0307";
+        QTest::newRow("emoji with skin tone") << "\U0001F44D\U0001F3FD Likes"
+                                              << "\U0001F44D\U0001F3FD";
+        QTest::newRow("letter with emoji modifier") << "a\U0001F3FDb"
+                                                    << "a\U0001F3FD";
+        QTest::newRow("greek") << "\u03A9mega"
+                               << "\u03C9";
+        QTest::newRow("empty") << ""
+                               << "";
+    }
+
+    void letterKeysAreLowerCasedFirstCharacters()
+    {
+        QFETCH(QString, name);
+        QFETCH(QString, key);
+        QCOMPARE(AppRegistry::letterKey(name), key);
+    }
+
+    void letterMapGroupsByKeyWithUnicodeRules()
+    {
+        m_workspace->addApp(1, "Äpfel", QStringLiteral("de.apfel"));
+        m_workspace->addApp(2, "Atlas", QStringLiteral("atlas"));
+        m_workspace->addApp(3, "École", QStringLiteral("ecole"));
+        m_workspace->addApp(4, "E\u0301tude", QStringLiteral("etude"));
+        m_workspace->addApp(5, "Editor", QStringLiteral("editor"));
+        AppRegistry registry(*m_workspace, nullptr, *m_prefs);
+        const LetterMap& map = registry.letterMap();
+        QCOMPARE(namesOf(map.value(QStringLiteral("a"))), QStringList{"Atlas"});
+        QCOMPARE(namesOf(map.value(QStringLiteral("ä"))), QStringList{"Äpfel"});
+        QCOMPARE(namesOf(map.value(QStringLiteral("e"))), QStringList{"Editor"});
+        QCOMPARE(map.value(QStringLiteral("é")).size(), 2);
+        QCOMPARE(map.size(), 4);
+
+        m_workspace->apps.clear();
+        registry.refreshRunning();
+        QVERIFY(registry.runningApps().isEmpty());
+        QVERIFY(registry.letterMap().isEmpty());
+    }
+
+    void cyclingOrderFollowsTheUsageHistory()
+    {
+        m_workspace->addApp(1, "xa", QStringLiteral("a"));
+        m_workspace->addApp(2, "xb", QStringLiteral("b"));
+        m_workspace->addApp(3, "xc", QStringLiteral("c"));
+        m_workspace->addApp(4, "xaa", std::nullopt);
+        m_prefs->setLetterUsage(
+            {{QStringLiteral("x"), {QStringLiteral("b"), QStringLiteral("a")}}});
+        AppRegistry registry(*m_workspace, nullptr, *m_prefs);
+        QCOMPARE(namesOf(registry.letterMap().value(QStringLiteral("x"))),
+                 (QStringList{"xb", "xa", "xaa", "xc"}));
+
+        // Recording takes effect at the next refresh, and the id-less app
+        // can never be ranked.
+        m_prefs->recordLetterUsage(QStringLiteral("X"), QStringLiteral("c"));
+        m_prefs->recordLetterUsage(QStringLiteral("x"), std::nullopt);
+        QCOMPARE(namesOf(registry.letterMap().value(QStringLiteral("x"))).first(),
+                 QStringLiteral("xb"));
+        registry.refreshRunning();
+        QCOMPARE(namesOf(registry.letterMap().value(QStringLiteral("x"))),
+                 (QStringList{"xc", "xb", "xa", "xaa"}));
+    }
+
+    void followsTheWorkspaceAndExclusions()
+    {
+        AppRegistry registry(*m_workspace, nullptr, *m_prefs);
+        QSignalSpy running(&registry, &AppRegistry::runningAppsChanged);
+        QSignalSpy letters(&registry, &AppRegistry::letterMapChanged);
+
+        m_workspace->addApp(1, "Mail", QStringLiteral("com.mail"));
+        emit m_workspace->applicationLaunched();
+        QCOMPARE(namesOf(registry.runningApps()), QStringList{"Mail"});
+        m_workspace->addApp(2, "Music", QStringLiteral("com.music"));
+        emit m_workspace->applicationActivated();
+        QCOMPARE(registry.letterMap().value(QStringLiteral("m")).size(), 2);
+        m_workspace->removeApp(1);
+        emit m_workspace->applicationTerminated();
+        QCOMPARE(namesOf(registry.runningApps()), QStringList{"Music"});
+        QCOMPARE(running.count(), 3);
+        QCOMPARE(letters.count(), 3);
+
+        m_prefs->setExcluded(true, QStringLiteral("com.music"));
+        registry.refreshRunning();
+        QVERIFY(registry.runningApps().isEmpty());
+        QVERIFY(!registry.letterMap().contains(QStringLiteral("m")));
+    }
+
+    void installedScanSortsAndKeepsTheFirstOfEachName()
+    {
+        FakeInstalledAppSource source;
+        source.apps = {
+            {QStringLiteral("/Applications/Zed.app"), QStringLiteral("Zed"), QStringLiteral("z1")},
+            {QStringLiteral("/Applications/Notes.app"), QStringLiteral("Notes"),
+             QStringLiteral("n1")},
+            {QStringLiteral("/Applications/Utilities/My.Tool.app"), std::nullopt, std::nullopt},
+            {QStringLiteral("/System/Applications/Notes.app"), QStringLiteral("Notes"),
+             QStringLiteral("n2")},
+            {QStringLiteral("/System/Applications/notes.app"), QStringLiteral("notes"),
+             QStringLiteral("n3")},
+        };
+        AppRegistry registry(*m_workspace, &source, *m_prefs);
+        QSignalSpy installed(&registry, &AppRegistry::installedAppsChanged);
+        QVERIFY(installed.wait(5000));
+
+        const QList<AppEntry>& apps = registry.installedApps();
+        QCOMPARE(namesOf(apps), (QStringList{"My.Tool", "Notes", "notes", "Zed"}));
+        QCOMPARE(apps.at(0).id, QStringLiteral("/Applications/Utilities/My.Tool.app"));
+        QCOMPARE(apps.at(0).bundleId, std::nullopt);
+        QCOMPARE(apps.at(1).id, QStringLiteral("n1"));
+        QCOMPARE(apps.at(1).path(),
+                 std::optional<QString>(QStringLiteral("/Applications/Notes.app")));
+        QCOMPARE(apps.at(1).pid, std::nullopt);
+    }
+
+    void destroyingTheRegistryDuringOrAfterAScanIsSafe()
+    {
+        SlowInstalledAppSource slow;
+        {
+            AppRegistry registry(*m_workspace, &slow, *m_prefs);
+        } // destroyed while the scan sleeps
+
+        // A result already posted but not yet delivered is dropped with the
+        // registry; nothing arrives afterwards.
+        FakeInstalledAppSource fast;
+        fast.apps = {{QStringLiteral("/apps/A.app"), QStringLiteral("A"), std::nullopt}};
+        auto registry = std::make_unique<AppRegistry>(*m_workspace, &fast, *m_prefs);
+        QSignalSpy installed(registry.get(), &AppRegistry::installedAppsChanged);
+        QThread::msleep(50);
+        registry.reset();
+        QCoreApplication::processEvents();
+        QCOMPARE(installed.count(), 0);
+    }
+};
+
+QTEST_GUILESS_MAIN(AppRegistryTest)
+#include "AppRegistryTest.moc"
