@@ -29,9 +29,30 @@ bool isPlainText(const QString& text)
 
 // Upper-case: unchanged by upper-casing and changed by lower-casing, so that
 // digits, symbols and title-case letters are not humps.
-bool isUpper(char16_t u)
+bool isUpperUnit(char16_t u)
 {
     return QChar::toUpper(u) == u && QChar::toLower(u) != u;
+}
+
+// Lower case and the upper-case test of every plain unit, looked up in a
+// table: calling into QChar for each unit of each name dominated ranking.
+struct PlainTable
+{
+    PlainTable()
+    {
+        for (char16_t u = 0; u < 0x300; ++u) {
+            lower[u] = QChar::toLower(u);
+            upper[u] = isUpperUnit(u);
+        }
+    }
+    char16_t lower[0x300];
+    bool upper[0x300];
+};
+
+const PlainTable& plainTable()
+{
+    static const PlainTable table;
+    return table;
 }
 
 bool isUpper(const QString& cluster)
@@ -96,17 +117,20 @@ template <typename Name> std::optional<int> walk(qsizetype queryLength, const Na
     return total - int(length / 4);
 }
 
+// Every unit of the name is below U+0300, so the tables cover it.
 struct PlainName
 {
-    const QString& original;
+    const char16_t* original;
+    qsizetype length;
     const std::u16string& query;
-    qsizetype size() const { return original.size(); }
+    const PlainTable& table = plainTable();
+    qsizetype size() const { return length; }
     bool equals(qsizetype m, qsizetype q) const
     {
-        return QChar::toLower(original.at(m).unicode()) == query[size_t(q)];
+        return table.lower[original[m]] == query[size_t(q)];
     }
-    bool isSeparatorAt(qsizetype m) const { return isSeparator(original.at(m).unicode()); }
-    bool isUpperAt(qsizetype m) const { return isUpper(original.at(m).unicode()); }
+    bool isSeparatorAt(qsizetype m) const { return isSeparator(original[m]); }
+    bool isUpperAt(qsizetype m) const { return table.upper[original[m]]; }
 };
 
 // Each lower-cased cluster is taken from the original cluster at the same
@@ -140,7 +164,7 @@ Query::Query(const QString& text)
     if (isPlainText(text)) {
         m_units.reserve(size_t(text.size()));
         for (const QChar c : text) {
-            const char16_t lower = QChar::toLower(c.unicode());
+            const char16_t lower = plainTable().lower[c.unicode()];
             m_units.push_back(lower);
             m_clusters.append(QString(QChar(lower)));
         }
@@ -169,7 +193,9 @@ std::optional<int> score(const Query& query, const QString& name)
         // outside them can never be found there.
         if (!query.isPlain())
             return std::nullopt;
-        return walk(query.clusters().size(), PlainName{name, query.units()});
+        return walk(query.clusters().size(),
+                    PlainName{reinterpret_cast<const char16_t*>(name.constData()), name.size(),
+                              query.units()});
     }
     return walk(query.clusters().size(), ClusterName(name, query.clusters()));
 }

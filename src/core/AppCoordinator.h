@@ -12,6 +12,7 @@
 
 #include <QList>
 #include <QString>
+#include <memory>
 #include <optional>
 
 namespace velkor {
@@ -68,7 +69,31 @@ public:
     double sameAppAt() const { return m_sameAppAt; }
 
 private:
-    // Implementation-private operations are declared by the implementation.
+    enum class WindowAction
+    {
+        closeWindow,
+        quitApp,
+        hideApp
+    };
+
+    // Letter switching and commits (AppCoordinator.cpp).
+    void pressLetter(const QString& letter, bool firstPress);
+    void commitPendingLetter();
+    void refreshOverlay();
+    void commitIndex(int i);
+    void hover(int i);
+    void activateItem(const OverlayItem& item);
+    void didActivate(std::optional<Pid> pid);
+    void layoutIfVisible();
+
+    // Search, windows, Spaces and actions (AppCoordinatorActions.cpp).
+    void updateSearchResults();
+    void rebuildWindowItems();
+    void commitWindowSelection();
+    void moveSelection(int delta);
+    void switchToAdjacentSpace(int delta);
+    void performWindowAction(WindowAction action);
+
     Platform& m_platform;
     Preferences& m_prefs;
     AppRegistry& m_registry;
@@ -90,6 +115,10 @@ private:
     QList<WindowEntry> m_sameAppWindows;
     int m_sameAppIdx = 0;
     double m_sameAppAt = 0;
+
+    // Deferred work holds this weakly: a pointer move scheduled just before
+    // the coordinator goes away finds it gone and does nothing.
+    std::shared_ptr<AppCoordinator*> m_self;
 };
 
 } // namespace velkor

@@ -6,6 +6,9 @@
 #include "platform/KeySource.h"
 #include "settings/SettingsEnums.h"
 
+#include <QList>
+#include <QMetaObject>
+#include <memory>
 #include <optional>
 
 namespace velkor {
@@ -21,6 +24,10 @@ public:
 
     // source may be null (tests drive handle() directly).
     KeyMonitor(Preferences& prefs, KeySource* source);
+    ~KeyMonitor();
+
+    KeyMonitor(const KeyMonitor&) = delete;
+    KeyMonitor& operator=(const KeyMonitor&) = delete;
 
     // Not owned; the handler outlives the monitor or clears itself.
     void setHandler(KeyMonitorHandler* handler) { m_handler = handler; }
@@ -45,7 +52,9 @@ public:
 
 private:
     void handleFlagsChanged(const KeyEvent& event);
+    KeyDecision handleKey(const KeyEvent& event);
     KeyWatch currentWatch() const;
+    void followWatchedSettings();
 
     KeyMonitorHandler* m_handler = nullptr;
     KeySource* m_source = nullptr;
@@ -54,6 +63,10 @@ private:
     double m_lastPrimaryDownAt = 0;
     bool m_commandTabActive = false;
     Preferences& m_prefs;
+    // The source keeps our callback for as long as it lives; the callback
+    // holds this weakly so events after our destruction simply pass.
+    std::shared_ptr<KeyMonitor*> m_self;
+    QList<QMetaObject::Connection> m_settingsConnections;
 };
 
 } // namespace velkor

@@ -111,6 +111,7 @@ std::optional<QStringList> readStrictStringList(const QVariant& value)
 
 // QSettings' INI format writes an empty list as "@Invalid()" and a list of
 // one as a bare string, so both read back as something other than a list.
+// An empty bare string is taken as no list: an empty id names no app.
 QStringList readTopLevelStringList(const QVariant& value)
 {
     if (!value.isValid())

@@ -48,7 +48,28 @@ class PreferencesTest : public QObject
 {
     Q_OBJECT
 
+private:
+    QTemporaryDir m_configHome;
+
 private slots:
+    void initTestCase()
+    {
+        // Keeps the user store of this machine out of reach.
+        qputenv("XDG_CONFIG_HOME", m_configHome.path().toUtf8());
+    }
+
+    void userStoreIsTheNativeFileUnderTheConfigFolder()
+    {
+        const QString expected = m_configHome.filePath(QStringLiteral("Velkor/Velkor.conf"));
+        {
+            Preferences prefs(Preferences::openUserStore());
+            QCOMPARE(prefs.store().fileName(), expected);
+            QCOMPARE(prefs.store().format(), QSettings::NativeFormat);
+            prefs.setSpaceMode(SpaceMode::gatherWindows);
+        }
+        QVERIFY(readFile(expected).contains("spaceMode=gatherWindows"));
+    }
+
     void freshStoreHasTheDefaultsAndWritesNothing()
     {
         QTemporaryDir dir;

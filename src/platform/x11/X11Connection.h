@@ -1,0 +1,106 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QByteArray>
+#include <QList>
+#include <QString>
+#include <array>
+#include <cstdlib>
+#include <memory>
+#include <optional>
+#include <xcb/xcb.h>
+
+namespace velkor::x11 {
+
+inline constexpr xcb_window_t NoWindow = 0;
+
+// Replies from xcb are malloc'ed; this frees them.
+template <typename T> using Reply = std::unique_ptr<T, decltype(&std::free)>;
+
+template <typename T> Reply<T> reply(T* raw)
+{
+    return Reply<T>(raw, &std::free);
+}
+
+// The atoms the backend reads and sends, interned once.
+enum class Atom
+{
+    NetSupported,
+    NetSupportingWmCheck,
+    NetClientList,
+    NetClientListStacking,
+    NetActiveWindow,
+    NetCurrentDesktop,
+    NetNumberOfDesktops,
+    NetWmDesktop,
+    NetWmPid,
+    NetWmName,
+    NetWmState,
+    NetWmStateHidden,
+    NetWmStateSkipTaskbar,
+    NetWmStateSkipPager,
+    NetWmStateSticky,
+    NetWmWindowType,
+    NetWmWindowTypeNormal,
+    NetWmWindowTypeDialog,
+    NetWmWindowTypeDock,
+    NetWmWindowTypeDesktop,
+    NetWmWindowTypeSplash,
+    NetWmWindowTypeNotification,
+    NetWmWindowTypeUtility,
+    NetCloseWindow,
+    NetRestackWindow,
+    NetFrameExtents,
+    NetWmCmS0,
+    KdeBlurBehindRegion,
+    GtkApplicationId,
+    Utf8String,
+    WmState,
+    WmChangeState,
+    Count
+};
+
+// Qt's own xcb connection plus the interned atoms and the freshest server
+// time seen, shared by every X11 backend object.
+class X11Connection final
+{
+public:
+    // Null when Qt runs on another platform plugin or has no connection.
+    static std::shared_ptr<X11Connection> fromQt();
+
+    X11Connection(xcb_connection_t* connection, xcb_window_t root);
+
+    xcb_connection_t* get() const { return m_connection; }
+    xcb_window_t root() const { return m_root; }
+    xcb_atom_t atom(Atom which) const { return m_atoms[size_t(which)]; }
+    bool hasExtension(const char* name) const;
+
+    // The latest server timestamp seen in an event; the activation and
+    // desktop requests carry it so the window manager treats them as user
+    // actions.
+    xcb_timestamp_t time() const { return m_lastTime; }
+    void noteTime(xcb_timestamp_t time);
+
+    // Sends an EWMH client message about window to the root window.
+    void sendRootMessage(xcb_window_t window, Atom type, std::array<quint32, 5> data);
+
+    // Property readers: absent when the window or the property is missing.
+    std::optional<QList<quint32>> cardinals(xcb_window_t window, xcb_atom_t property,
+                                            xcb_atom_t type) const;
+    void flush() const { xcb_flush(m_connection); }
+
+private:
+    void internAtoms();
+
+    xcb_connection_t* m_connection;
+    xcb_window_t m_root;
+    std::array<xcb_atom_t, size_t(Atom::Count)> m_atoms{};
+    xcb_timestamp_t m_lastTime = XCB_CURRENT_TIME;
+};
+
+// Reads a property reply as 32-bit values; empty for any other format.
+QList<quint32> values32(const xcb_get_property_reply_t* reply);
+// Reads a property reply as text (STRING or UTF8_STRING).
+std::optional<QString> text(const xcb_get_property_reply_t* reply, bool utf8);
+
+} // namespace velkor::x11

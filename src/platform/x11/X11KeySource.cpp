@@ -1,0 +1,431 @@
+// SPDX-License-Identifier: MIT
+#include "platform/x11/X11KeySource.h"
+
+#include "platform/KeyCodes.h"
+#include "platform/x11/X11KeyTranslator.h"
+
+#include <QGuiApplication>
+#include <QLoggingCategory>
+#include <cstdlib>
+#include <xcb/xinput.h>
+#include <xcb/xtest.h>
+
+// xcb's XKB header names a field "explicit", which C++ reserves.
+#define explicit xkb_explicit
+#include <xcb/xkb.h>
+#undef explicit
+
+namespace velkor {
+
+namespace {
+
+Q_LOGGING_CATEGORY(lcKeys, "velkor.x11.keys")
+
+template <typename T> using Reply = std::unique_ptr<T, decltype(&free)>;
+
+template <typename T> Reply<T> takeReply(T* reply)
+{
+    return Reply<T>(reply, &free);
+}
+
+// setxkbmap sends several notifications in a row; one reload covers them.
+constexpr int KeymapSettleMs = 50;
+
+} // namespace
+
+X11KeySource::X11KeySource(const Clock& clock) : m_clock(clock)
+{
+    m_keymapChanged.setSingleShot(true);
+    m_keymapChanged.setInterval(KeymapSettleMs);
+    m_keymapChanged.callOnTimeout([this] { reloadKeymap(); });
+}
+
+X11KeySource::~X11KeySource()
+{
+    if (!m_connection)
+        return;
+    if (QCoreApplication* app = QCoreApplication::instance())
+        app->removeNativeEventFilter(this);
+    releaseGrabs();
+    if (m_keyboardGrabbed)
+        xcb_ungrab_keyboard(m_connection, XCB_CURRENT_TIME);
+    xcb_flush(m_connection);
+}
+
+bool X11KeySource::install(Callback callback)
+{
+    m_callback = std::move(callback);
+    if (m_installed)
+        return true;
+    if (!m_connection) {
+        if (!connectToServer())
+            return false;
+        if (!prepareExtensions()) {
+            m_connection = nullptr;
+            return false;
+        }
+        m_keymap = std::make_unique<X11Keymap>(m_connection);
+        if (!m_keymap->reload()) {
+            qCWarning(lcKeys) << "cannot read the keyboard map from the X server";
+            m_connection = nullptr;
+            return false;
+        }
+        m_grabs = std::make_unique<X11KeyGrabs>(m_connection, m_root);
+        selectRawKeyEvents();
+        readModifiersDown();
+        QCoreApplication::instance()->installNativeEventFilter(this);
+    }
+    regrab();
+    m_installed = m_activationGrabbed;
+    return m_installed;
+}
+
+bool X11KeySource::connectToServer()
+{
+    auto* x11 = qGuiApp ? qGuiApp->nativeInterface<QNativeInterface::QX11Application>() : nullptr;
+    // Under the offscreen platform the interface exists but has no connection.
+    if (!x11 || !x11->connection()) {
+        qCWarning(lcKeys) << "no X11 connection: global keys need the xcb platform";
+        return false;
+    }
+    m_connection = x11->connection();
+    m_root = xcb_setup_roots_iterator(xcb_get_setup(m_connection)).data->root;
+    return true;
+}
+
+bool X11KeySource::prepareExtensions()
+{
+    const xcb_query_extension_reply_t* xkb = xcb_get_extension_data(m_connection, &xcb_xkb_id);
+    const xcb_query_extension_reply_t* xinput = xcb_get_extension_data(m_connection, &xcb_input_id);
+    const xcb_query_extension_reply_t* xtest = xcb_get_extension_data(m_connection, &xcb_test_id);
+    if (!xkb || !xkb->present || !xinput || !xinput->present || !xtest || !xtest->present) {
+        qCWarning(lcKeys) << "the X server lacks XKB, XInput or XTEST";
+        return false;
+    }
+
+    auto useXkb = takeReply(xcb_xkb_use_extension_reply(
+        m_connection,
+        xcb_xkb_use_extension(m_connection, XCB_XKB_MAJOR_VERSION, XCB_XKB_MINOR_VERSION),
+        nullptr));
+    // Raw events reach every client whoever grabs the keyboard only from
+    // XInput 2.1 on.
+    auto xiVersion = takeReply(xcb_input_xi_query_version_reply(
+        m_connection, xcb_input_xi_query_version(m_connection, 2, 2), nullptr));
+    if (!useXkb || !useXkb->supported || !xiVersion ||
+        (xiVersion->major_version == 2 && xiVersion->minor_version < 1) ||
+        xiVersion->major_version < 2) {
+        qCWarning(lcKeys) << "the X server lacks XKB or XInput 2.1";
+        return false;
+    }
+    m_xkbEventBase = xkb->first_event;
+    m_xinputOpcode = xinput->major_opcode;
+
+    // A held key then repeats as presses alone, instead of release/press
+    // pairs that would read as the key going up and down again.
+    const uint32_t detectable = XCB_XKB_PER_CLIENT_FLAG_DETECTABLE_AUTO_REPEAT;
+    auto flags = takeReply(xcb_xkb_per_client_flags_reply(
+        m_connection,
+        xcb_xkb_per_client_flags(m_connection, XCB_XKB_ID_USE_CORE_KBD, detectable, detectable, 0,
+                                 0, 0),
+        nullptr));
+    if (!flags || !(flags->value & detectable))
+        qCWarning(lcKeys) << "the X server cannot report auto-repeat as presses alone";
+
+    // Added to Qt's own selection on this connection, never replacing it.
+    const uint16_t mapEvents =
+        XCB_XKB_EVENT_TYPE_NEW_KEYBOARD_NOTIFY | XCB_XKB_EVENT_TYPE_MAP_NOTIFY;
+    const uint16_t allMapParts = 0xff;
+    xcb_xkb_select_events(m_connection, XCB_XKB_ID_USE_CORE_KBD, mapEvents, 0, mapEvents,
+                          allMapParts, allMapParts, nullptr);
+    return true;
+}
+
+void X11KeySource::selectRawKeyEvents()
+{
+    uint32_t mask = XCB_INPUT_XI_EVENT_MASK_RAW_KEY_PRESS | XCB_INPUT_XI_EVENT_MASK_RAW_KEY_RELEASE;
+    // Keep whatever this connection already selects on the root.
+    auto selected = takeReply(xcb_input_xi_get_selected_events_reply(
+        m_connection, xcb_input_xi_get_selected_events(m_connection, m_root), nullptr));
+    if (selected) {
+        auto it = xcb_input_xi_get_selected_events_masks_iterator(selected.get());
+        for (; it.rem; xcb_input_event_mask_next(&it)) {
+            if (it.data->deviceid == XCB_INPUT_DEVICE_ALL_MASTER && it.data->mask_len >= 1)
+                mask |= xcb_input_event_mask_mask(it.data)[0];
+        }
+    }
+    struct
+    {
+        xcb_input_event_mask_t head;
+        uint32_t mask;
+    } selection{{XCB_INPUT_DEVICE_ALL_MASTER, 1}, mask};
+    xcb_input_xi_select_events(m_connection, m_root, 1, &selection.head);
+    xcb_flush(m_connection);
+}
+
+void X11KeySource::readModifiersDown()
+{
+    auto keymap =
+        takeReply(xcb_query_keymap_reply(m_connection, xcb_query_keymap(m_connection), nullptr));
+    if (!keymap)
+        return;
+    for (quint32 keycode = 8; keycode < 256; ++keycode) {
+        if (keymap->keys[keycode / 8] & (1u << (keycode % 8))) {
+            if (const auto code = X11KeyTranslator::keyCodeForXKeycode(keycode))
+                m_modifiers.press(*code);
+        }
+    }
+}
+
+void X11KeySource::watch(const KeyWatch& keys)
+{
+    const bool changed = keys.activationKeyCode != m_watch.activationKeyCode ||
+                         keys.commandTab != m_watch.commandTab ||
+                         keys.commandGrave != m_watch.commandGrave;
+    m_watch = keys;
+    // A refused grab leaves the source disabled, for the watchdog to retry.
+    if (changed && m_grabs)
+        regrab();
+}
+
+QList<X11KeyGrab> X11KeySource::wantedGrabs() const
+{
+    QList<X11KeyGrab> grabs;
+    if (const auto keycode = X11KeyTranslator::xKeycodeForKeyCode(m_watch.activationKeyCode)) {
+        if (m_keymap->hasKey(*keycode)) {
+            grabs.append({xcb_keycode_t(*keycode), 0,
+                          QStringLiteral("activation key %1").arg(m_keymap->describe(*keycode))});
+        }
+    }
+    const uint16_t super = m_keymap->superMask();
+    // By position: some layouts have no grave keysym anywhere.
+    const std::pair<bool, qint64> combos[] = {{m_watch.commandTab, keys::Tab},
+                                              {m_watch.commandGrave, keys::Grave}};
+    for (const auto& [wanted, keyCode] : combos) {
+        const auto keycode = X11KeyTranslator::xKeycodeForKeyCode(keyCode);
+        if (!wanted || !keycode)
+            continue;
+        const QString name = m_keymap->describe(*keycode);
+        grabs.append({xcb_keycode_t(*keycode), super, QStringLiteral("Super+%1").arg(name)});
+        // Shift reverses the direction; the monitor sees it in the flags.
+        grabs.append({xcb_keycode_t(*keycode), uint16_t(super | XCB_MOD_MASK_SHIFT),
+                      QStringLiteral("Super+Shift+%1").arg(name)});
+    }
+    return grabs;
+}
+
+void X11KeySource::regrab()
+{
+    releaseGrabs();
+    placeMissingGrabs();
+}
+
+void X11KeySource::placeMissingGrabs()
+{
+    const QList<X11KeyGrab> wanted = wantedGrabs();
+    const uint16_t numLock = m_keymap->numLockMask();
+    if (!m_placed.isEmpty() && numLock != m_placedNumLockMask)
+        releaseGrabs();
+    m_placedNumLockMask = numLock;
+    const auto activation = X11KeyTranslator::xKeycodeForKeyCode(m_watch.activationKeyCode);
+    m_activationGrabbed = false;
+    bool activationWanted = false;
+    for (const X11KeyGrab& grab : wanted) {
+        const bool isActivation = activation && grab.keycode == *activation && grab.modifiers == 0;
+        activationWanted = activationWanted || isActivation;
+        if (!m_placed.contains(grab)) {
+            if (!m_grabs->place(grab, numLock)) {
+                if (!m_refusedLogged.contains(grab.name)) {
+                    qCWarning(lcKeys).noquote()
+                        << "cannot grab" << grab.name << "- another client holds it";
+                    m_refusedLogged.insert(grab.name);
+                }
+                continue;
+            }
+            m_refusedLogged.remove(grab.name);
+            m_placed.append(grab);
+        }
+        if (isActivation)
+            m_activationGrabbed = true;
+    }
+    if (!activationWanted)
+        qCWarning(lcKeys) << "the activation key" << m_watch.activationKeyCode
+                          << "is not on this keyboard";
+}
+
+void X11KeySource::releaseGrabs()
+{
+    for (const X11KeyGrab& grab : std::as_const(m_placed))
+        m_grabs->remove(grab, m_placedNumLockMask);
+    m_placed.clear();
+    m_activationGrabbed = false;
+}
+
+bool X11KeySource::isEnabled() const
+{
+    if (!m_installed)
+        return false;
+    const bool strayGrab = m_keyboardGrabbed && !m_modifiers.isDown(m_watch.activationKeyCode);
+    return !strayGrab && m_placed.size() == wantedGrabs().size();
+}
+
+void X11KeySource::enable()
+{
+    if (!m_grabs)
+        return;
+    releaseKeyboardIfActivationUp();
+    placeMissingGrabs();
+    if (m_activationGrabbed && m_callback)
+        m_installed = true;
+}
+
+void X11KeySource::reloadKeymap()
+{
+    if (!m_keymap->reload()) {
+        qCWarning(lcKeys) << "cannot read the new keyboard map; keeping the old one";
+        return;
+    }
+    qCDebug(lcKeys) << "keyboard map changed, grabbing again";
+    regrab();
+}
+
+bool X11KeySource::nativeEventFilter(const QByteArray& eventType, void* message, qintptr*)
+{
+    if (eventType != "xcb_generic_event_t")
+        return false;
+    auto* event = static_cast<xcb_generic_event_t*>(message);
+    const uint8_t type = event->response_type & 0x7f;
+    switch (type) {
+    case XCB_KEY_PRESS:
+    case XCB_KEY_RELEASE: {
+        auto* key = reinterpret_cast<xcb_key_press_event_t*>(event);
+        // Only our grabs report keys on the root; Qt's windows keep theirs.
+        if (key->event != m_root)
+            return false;
+        handleKey(key, type == XCB_KEY_PRESS);
+        return true;
+    }
+    case XCB_GE_GENERIC: {
+        auto* generic = reinterpret_cast<xcb_ge_generic_event_t*>(event);
+        if (generic->extension != m_xinputOpcode)
+            return false;
+        if (generic->event_type != XCB_INPUT_RAW_KEY_PRESS &&
+            generic->event_type != XCB_INPUT_RAW_KEY_RELEASE)
+            return false;
+        auto* raw = reinterpret_cast<xcb_input_raw_key_press_event_t*>(event);
+        handleRawKey(raw->detail, generic->event_type == XCB_INPUT_RAW_KEY_PRESS);
+        return true;
+    }
+    case XCB_MAPPING_NOTIFY:
+        m_keymapChanged.start();
+        return false; // Qt reloads its own map too
+    default:
+        if (type == m_xkbEventBase) {
+            // Every XKB event shares one code; the second byte says which.
+            const uint8_t xkbType = reinterpret_cast<const uint8_t*>(event)[1];
+            if (xkbType == XCB_XKB_NEW_KEYBOARD_NOTIFY || xkbType == XCB_XKB_MAP_NOTIFY)
+                m_keymapChanged.start();
+        }
+        return false;
+    }
+}
+
+void X11KeySource::handleKey(const xcb_key_press_event_t* event, bool press)
+{
+    const qint64 keyCode = X11KeyTranslator::keyCodeForXKeycode(event->detail)
+                               .value_or(X11KeyTranslator::UnmappedKeyCode);
+    if (X11KeyTranslator::isModifier(keyCode)) {
+        handleModifier(keyCode, press);
+        return;
+    }
+    releaseKeyboardIfActivationUp();
+    if (!m_installed || !m_callback) {
+        if (press)
+            retype(event->detail);
+        return;
+    }
+    // XKB puts the effective layout group in bits 13-14 of the state.
+    const quint32 group = (event->state >> 13) & 0x3;
+    const KeyEvent keyEvent{
+        press ? KeyEventType::KeyDown : KeyEventType::KeyUp, keyCode, m_modifiers.flags(),
+        X11KeyTranslator::characters(m_keymap->keymap(), event->detail, group), m_clock.now()};
+    const KeyDecision decision = m_callback(keyEvent);
+    if (press && decision == KeyDecision::Pass)
+        retype(event->detail);
+}
+
+void X11KeySource::handleRawKey(quint32 keycode, bool press)
+{
+    const auto keyCode = X11KeyTranslator::keyCodeForXKeycode(keycode);
+    if (keyCode && X11KeyTranslator::isModifier(*keyCode))
+        handleModifier(*keyCode, press);
+}
+
+// The server sends raw events to every client but the one holding the
+// keyboard, and key events only to that one; a change seen both ways (the
+// press that starts a grab) counts once.
+void X11KeySource::handleModifier(qint64 keyCode, bool press)
+{
+    const bool changed = press ? m_modifiers.press(keyCode) : m_modifiers.release(keyCode);
+    if (!press)
+        releaseKeyboardIfActivationUp();
+    if (changed)
+        deliver(KeyEventType::FlagsChanged, keyCode, {});
+}
+
+void X11KeySource::deliver(KeyEventType type, qint64 keyCode, const QString& characters)
+{
+    if (m_installed && m_callback)
+        m_callback(KeyEvent{type, keyCode, m_modifiers.flags(), characters, m_clock.now()});
+}
+
+void X11KeySource::retype(xcb_keycode_t keycode)
+{
+    xcb_ungrab_keyboard(m_connection, XCB_CURRENT_TIME);
+    m_keyboardGrabbed = false;
+    // Our own grab of this key would catch it again on its way back.
+    QList<X11KeyGrab> lifted;
+    for (const X11KeyGrab& grab : std::as_const(m_placed)) {
+        if (grab.keycode == keycode) {
+            m_grabs->remove(grab, m_placedNumLockMask);
+            lifted.append(grab);
+        }
+    }
+    // A key still down on the XTEST device (keys typed by another XTEST
+    // client) would make our press a repeat; releasing it first gives a
+    // clean stroke, and is ignored for a key that is up there.
+    xcb_test_fake_input(m_connection, XCB_KEY_RELEASE, keycode, XCB_CURRENT_TIME, XCB_NONE, 0, 0,
+                        0);
+    xcb_test_fake_input(m_connection, XCB_KEY_PRESS, keycode, XCB_CURRENT_TIME, XCB_NONE, 0, 0, 0);
+    xcb_test_fake_input(m_connection, XCB_KEY_RELEASE, keycode, XCB_CURRENT_TIME, XCB_NONE, 0, 0,
+                        0);
+    for (const X11KeyGrab& grab : std::as_const(lifted)) {
+        if (!m_grabs->place(grab, m_placedNumLockMask)) {
+            qCWarning(lcKeys).noquote() << "lost the grab of" << grab.name;
+            m_placed.removeOne(grab);
+        }
+    }
+    // Giving the key back ended the activation key's grab; keep the rest of
+    // what is typed under the key until it goes up.
+    if (m_modifiers.isDown(m_watch.activationKeyCode)) {
+        auto grab = takeReply(
+            xcb_grab_keyboard_reply(m_connection,
+                                    xcb_grab_keyboard(m_connection, 0, m_root, XCB_CURRENT_TIME,
+                                                      XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC),
+                                    nullptr));
+        m_keyboardGrabbed = grab && grab->status == XCB_GRAB_STATUS_SUCCESS;
+        if (!m_keyboardGrabbed)
+            qCWarning(lcKeys) << "cannot hold the keyboard after typing a key again";
+    }
+    xcb_flush(m_connection);
+}
+
+void X11KeySource::releaseKeyboardIfActivationUp()
+{
+    if (m_keyboardGrabbed && !m_modifiers.isDown(m_watch.activationKeyCode)) {
+        xcb_ungrab_keyboard(m_connection, XCB_CURRENT_TIME);
+        xcb_flush(m_connection);
+        m_keyboardGrabbed = false;
+    }
+}
+
+} // namespace velkor

@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: MIT
+#include "platform/NativePlatform.h"
+#include "platform/NullPlatform.h"
+#include "platform/QtClock.h"
+#include "platform/x11/GioInstalledAppSource.h"
+#include "platform/x11/X11Connection.h"
+#include "platform/x11/X11KeySource.h"
+#include "platform/x11/X11ShellIntegration.h"
+#include "platform/x11/X11SpaceSystem.h"
+#include "platform/x11/X11TrustCheck.h"
+#include "platform/x11/X11WindowCache.h"
+#include "platform/x11/X11WindowSystem.h"
+#include "platform/x11/X11Workspace.h"
+
+#include <QCoreApplication>
+
+namespace velkor {
+
+using namespace velkor::x11;
+
+std::unique_ptr<Platform> createNativePlatform(const QString& qtPlatformName)
+{
+    if (qtPlatformName != QLatin1String("xcb"))
+        return nullptr;
+    auto connection = X11Connection::fromQt();
+    if (!connection) {
+        auto platform = createNullPlatform(QString());
+        platform->trust = std::make_unique<X11TrustCheck>(nullptr);
+        return platform;
+    }
+    auto cache = std::make_shared<X11WindowCache>(connection);
+    auto platform = std::make_unique<Platform>();
+    platform->clock = std::make_unique<QtClock>();
+    platform->keys = std::make_unique<X11KeySource>(*platform->clock);
+    platform->workspace =
+        std::make_unique<X11Workspace>(cache, Pid(QCoreApplication::applicationPid()));
+    platform->windows = std::make_unique<X11WindowSystem>(cache);
+    platform->spaces = std::make_unique<X11SpaceSystem>(cache);
+    platform->installedApps = std::make_unique<GioInstalledAppSource>();
+    platform->trust = std::make_unique<X11TrustCheck>(connection);
+    platform->loginItem = std::make_unique<NullLoginItem>();
+    platform->updater = std::make_unique<NullUpdater>();
+    platform->shell = std::make_unique<X11ShellIntegration>(connection);
+    return platform;
+}
+
+} // namespace velkor

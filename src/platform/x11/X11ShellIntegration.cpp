@@ -1,0 +1,77 @@
+// SPDX-License-Identifier: MIT
+#include "platform/x11/X11ShellIntegration.h"
+
+#include "platform/x11/Gio.h"
+#include "platform/x11/X11Connection.h"
+
+#include <QFileInfo>
+#include <QWindow>
+
+namespace velkor::x11 {
+
+X11ShellIntegration::X11ShellIntegration(std::shared_ptr<X11Connection> connection)
+    : m_connection(std::move(connection))
+{}
+
+void X11ShellIntegration::prepareOverlayWindow(QWindow* window)
+{
+    if (!window)
+        return;
+    window->setFlags(window->flags() | Qt::Tool | Qt::FramelessWindowHint |
+                     Qt::WindowStaysOnTopHint | Qt::WindowDoesNotAcceptFocus |
+                     Qt::X11BypassWindowManagerHint);
+}
+
+bool X11ShellIntegration::canBlurBehind() const
+{
+    if (!m_connection)
+        return false;
+    xcb_connection_t* c = m_connection->get();
+    // A compositor owns _NET_WM_CM_S0; the blur itself is KDE's protocol,
+    // announced in _NET_SUPPORTED.
+    auto owner = reply(xcb_get_selection_owner_reply(
+        c, xcb_get_selection_owner(c, m_connection->atom(Atom::NetWmCmS0)), nullptr));
+    if (!owner || owner->owner == NoWindow)
+        return false;
+    const auto supported = m_connection->cardinals(
+        m_connection->root(), m_connection->atom(Atom::NetSupported), XCB_ATOM_ATOM);
+    return supported && supported->contains(m_connection->atom(Atom::KdeBlurBehindRegion));
+}
+
+void X11ShellIntegration::setBlurBehind(QWindow* window, const QRectF& area, qreal)
+{
+    if (!window || !m_connection || !canBlurBehind())
+        return;
+    const auto id = xcb_window_t(window->winId());
+    const xcb_atom_t property = m_connection->atom(Atom::KdeBlurBehindRegion);
+    if (area.isEmpty()) {
+        xcb_delete_property(m_connection->get(), id, property);
+    } else {
+        const QRect r = area.toAlignedRect();
+        const quint32 region[4] = {quint32(r.x()), quint32(r.y()), quint32(r.width()),
+                                   quint32(r.height())};
+        xcb_change_property(m_connection->get(), XCB_PROP_MODE_REPLACE, id, property,
+                            XCB_ATOM_CARDINAL, 32, 4, region);
+    }
+    m_connection->flush();
+}
+
+QIcon X11ShellIntegration::iconForFile(const QString& path)
+{
+    if (!path.endsWith(QLatin1String(".desktop")))
+        return QIcon();
+    std::unique_ptr<GDesktopAppInfo, decltype(&g_object_unref)> info(
+        g_desktop_app_info_new_from_filename(path.toUtf8().constData()), &g_object_unref);
+    if (!info)
+        return QIcon();
+    gchar* raw = g_desktop_app_info_get_string(info.get(), "Icon");
+    const QString icon = QString::fromUtf8(raw ? raw : "");
+    g_free(raw);
+    if (icon.isEmpty())
+        return QIcon();
+    if (QFileInfo(icon).isAbsolute())
+        return QFileInfo::exists(icon) ? QIcon(icon) : QIcon();
+    return QIcon::fromTheme(icon);
+}
+
+} // namespace velkor::x11

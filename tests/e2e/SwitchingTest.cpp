@@ -1,0 +1,199 @@
+// SPDX-License-Identifier: MIT
+#include "VelkorInstance.h"
+#include "XDesktop.h"
+#include "settings/Preferences.h"
+
+#include <QFile>
+#include <QtTest>
+#include <memory>
+
+using namespace velkor;
+using namespace velkor::e2e;
+
+// Letter switching and search against real X clients: which window the
+// window manager made active is read back from the server after each key.
+class SwitchingTest : public QObject
+{
+    Q_OBJECT
+
+    std::unique_ptr<XDesktop> m_desktop;
+
+    XDesktop& desktop() { return *m_desktop; }
+
+    // Three apps under "m" plus one elsewhere, which starts in front.
+    void launchFruit()
+    {
+        for (const char* name : {"Mango", "Melon", "Mint", "Other"})
+            QVERIFY2(desktop().launchTerminal(QString::fromLatin1(name)), name);
+    }
+
+    void bringOtherToFront()
+    {
+        for (xcb_window_t w : desktop().clients())
+            if (desktop().wmClass(w) == QLatin1String("Other"))
+                desktop().activate(w);
+        QVERIFY(desktop().waitForActive(QStringLiteral("Other")));
+    }
+
+private slots:
+    void init()
+    {
+        m_desktop = std::make_unique<XDesktop>();
+        QVERIFY2(m_desktop->start(), qPrintable(m_desktop->error()));
+    }
+
+    void cleanup() { m_desktop.reset(); }
+
+    void letterBringsThatAppToTheFront()
+    {
+        const xcb_window_t alpha = desktop().launchTerminal(QStringLiteral("Alpha"));
+        const xcb_window_t beta = desktop().launchTerminal(QStringLiteral("Beta"));
+        // Named by its desktop entry, found through StartupWMClass.
+        const xcb_window_t gamma = desktop().launchTerminal(QStringLiteral("Gx"));
+        // xlogo sets no _NET_WM_PID: its pid comes from the X-Resource extension.
+        const xcb_window_t logo =
+            desktop().launch(QStringLiteral("xlogo"), {}, QStringLiteral("XLogo"));
+        QVERIFY(alpha && beta && gamma && logo);
+        VelkorInstance velkor(desktop());
+        velkor.writeDesktopEntry(QStringLiteral("org.example.Grapefruit"),
+                                 QStringLiteral("Grapefruit"), QStringLiteral("xterm"),
+                                 QStringLiteral("Gx"));
+        QVERIFY2(velkor.start(), qPrintable(velkor.log()));
+        desktop().activate(beta);
+        QVERIFY(desktop().waitForActive(QStringLiteral("Beta")));
+
+        desktop().underActivationKey(QStringLiteral("a"));
+        QVERIFY2(desktop().waitForActive(QStringLiteral("Alpha")), qPrintable(velkor.log()));
+        QCOMPARE(desktop().stackingFrontFirst().first(), alpha);
+
+        desktop().underActivationKey(QStringLiteral("g"));
+        QVERIFY(desktop().waitForActive(QStringLiteral("Gx")));
+
+        desktop().underActivationKey(QStringLiteral("x"));
+        QVERIFY(desktop().waitForActive(QStringLiteral("XLogo")));
+        QCOMPARE(desktop().stackingFrontFirst().first(), logo);
+    }
+
+    void sameLetterCycles()
+    {
+        launchFruit();
+        VelkorInstance velkor(desktop());
+        QVERIFY2(velkor.start(), qPrintable(velkor.log()));
+        bringOtherToFront();
+
+        QStringList seen;
+        desktop().holding(key::SuperR, [&] {
+            for (int i = 0; i < 3; ++i) {
+                desktop().tap(key::of(QLatin1Char('m')));
+                const QString before = seen.isEmpty() ? QStringLiteral("Other") : seen.last();
+                desktop().waitFor([&] { return desktop().activeClass() != before; });
+                seen.append(desktop().activeClass());
+            }
+        });
+        QCOMPARE(seen, (QStringList{QStringLiteral("Mango"), QStringLiteral("Melon"),
+                                    QStringLiteral("Mint")}));
+
+        // Mint, chosen last, now leads the letter; being in front, the first
+        // press goes straight past it to the next one.
+        desktop().underActivationKey(QStringLiteral("m"));
+        QVERIFY2(desktop().waitForActive(QStringLiteral("Melon")), qPrintable(velkor.log()));
+    }
+
+    void learntOrderOutlivesTheProgram()
+    {
+        launchFruit();
+        {
+            VelkorInstance velkor(desktop());
+            QVERIFY2(velkor.start(), qPrintable(velkor.log()));
+            bringOtherToFront();
+            desktop().holding(key::SuperR, [&] {
+                desktop().tap(key::of(QLatin1Char('m')));
+                QVERIFY(desktop().waitForActive(QStringLiteral("Mango")));
+                desktop().tap(key::of(QLatin1Char('m')));
+                QVERIFY(desktop().waitForActive(QStringLiteral("Melon")));
+                desktop().tap(key::of(QLatin1Char('m')));
+                QVERIFY(desktop().waitForActive(QStringLiteral("Mint")));
+            });
+            QVERIFY2(velkor.stop(), qPrintable(velkor.log()));
+        }
+        VelkorInstance again(desktop());
+        QCOMPARE(again.preferences()->letterUsage().value(QStringLiteral("m")).value(0),
+                 QStringLiteral("Mint"));
+        QVERIFY2(again.start(), qPrintable(again.log()));
+        bringOtherToFront();
+        desktop().underActivationKey(QStringLiteral("m"));
+        QVERIFY(desktop().waitForActive(QStringLiteral("Mint")));
+    }
+
+    void switchOnReleaseWaitsForTheReleaseAndWraps()
+    {
+        launchFruit();
+        VelkorInstance velkor(desktop());
+        velkor.preferences()->setSwitchOnRelease(true);
+        QVERIFY2(velkor.start(), qPrintable(velkor.log()));
+        bringOtherToFront();
+
+        // Four presses over three apps: past the end, back to the first.
+        desktop().press(key::SuperR);
+        desktop().type(QStringLiteral("mmmm"));
+        XDesktop::settle(300);
+        QCOMPARE(desktop().activeClass(), QStringLiteral("Other"));
+        desktop().release(key::SuperR);
+        QVERIFY(desktop().waitForActive(QStringLiteral("Mango")));
+
+        bringOtherToFront();
+        desktop().underActivationKey(QStringLiteral("mm"));
+        QVERIFY(desktop().waitForActive(QStringLiteral("Melon")));
+    }
+
+    void searchLaunchesAnAppThatIsNotRunning()
+    {
+        launchFruit();
+        VelkorInstance velkor(desktop());
+        velkor.writeDesktopEntry(QStringLiteral("org.example.Zebra"), QStringLiteral("Zebra Notes"),
+                                 QStringLiteral("xterm -class Zebra -title Zebra"),
+                                 QStringLiteral("Zebra"));
+        // An entry that asks not to be shown is never offered.
+        velkor.writeDesktopEntry(QStringLiteral("org.example.Zeal"), QStringLiteral("Zeal"),
+                                 QStringLiteral("xterm -class Zeal"));
+        QFile hidden(velkor.dataHome() + QLatin1String("/applications/org.example.Zeal.desktop"));
+        QVERIFY(hidden.open(QIODevice::Append));
+        hidden.write("NoDisplay=true\n");
+        hidden.close();
+        QVERIFY2(velkor.start(), qPrintable(velkor.log()));
+        bringOtherToFront();
+        XDesktop::settle(300); // the installed-app scan runs in the background
+
+        desktop().underActivationKey(QStringLiteral("ze"));
+        QVERIFY2(desktop().waitForActive(QStringLiteral("Zebra"), 8000), qPrintable(velkor.log()));
+        // Once it runs, its letter switches to it like any other app.
+        bringOtherToFront();
+        desktop().underActivationKey(QStringLiteral("z"));
+        QVERIFY(desktop().waitForActive(QStringLiteral("Zebra")));
+    }
+
+    void excludedAppIsNeverChosen()
+    {
+        launchFruit();
+        VelkorInstance velkor(desktop());
+        velkor.preferences()->setExcludedBundleIds({QStringLiteral("Mango")});
+        QVERIFY2(velkor.start(), qPrintable(velkor.log()));
+        bringOtherToFront();
+
+        QStringList seen;
+        desktop().holding(key::SuperR, [&] {
+            for (int i = 0; i < 2; ++i) {
+                desktop().tap(key::of(QLatin1Char('m')));
+                XDesktop::settle(150);
+                seen.append(desktop().activeClass());
+            }
+        });
+        QCOMPARE(seen, (QStringList{QStringLiteral("Melon"), QStringLiteral("Mint")}));
+        desktop().underActivationKey(QStringLiteral("ma"));
+        XDesktop::settle(200);
+        QVERIFY(desktop().activeClass() != QLatin1String("Mango"));
+    }
+};
+
+QTEST_GUILESS_MAIN(SwitchingTest)
+#include "SwitchingTest.moc"

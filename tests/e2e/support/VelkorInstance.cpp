@@ -1,0 +1,104 @@
+// SPDX-License-Identifier: MIT
+#include "VelkorInstance.h"
+
+#include "XDesktop.h"
+#include "settings/Preferences.h"
+
+#include <QDir>
+#include <QFile>
+#include <QSettings>
+
+namespace velkor::e2e {
+
+VelkorInstance::VelkorInstance(XDesktop& desktop, const QString& home)
+    : m_desktop(desktop),
+      m_home(home.isEmpty() ? desktop.scratchPath() + QLatin1String("/velkor-home") : home)
+{
+    QDir().mkpath(configHome());
+    QDir().mkpath(dataHome() + QLatin1String("/applications"));
+    m_process.setProcessChannelMode(QProcess::MergedChannels);
+}
+
+VelkorInstance::~VelkorInstance()
+{
+    if (isRunning())
+        stop();
+}
+
+QString VelkorInstance::binary()
+{
+    return QStringLiteral(VELKOR_BINARY);
+}
+
+QProcessEnvironment VelkorInstance::environment() const
+{
+    QProcessEnvironment env = m_desktop.environment();
+    env.insert(QStringLiteral("HOME"), m_home);
+    env.insert(QStringLiteral("XDG_CONFIG_HOME"), configHome());
+    env.insert(QStringLiteral("XDG_DATA_HOME"), dataHome());
+    env.insert(QStringLiteral("XDG_RUNTIME_DIR"), m_home);
+    env.insert(QStringLiteral("XDG_DATA_DIRS"), QStringLiteral("/usr/share"));
+    env.remove(QStringLiteral("QT_QPA_PLATFORM"));
+    return env;
+}
+
+void VelkorInstance::writeDesktopEntry(const QString& id, const QString& name, const QString& exec,
+                                       const QString& startupWmClass)
+{
+    QFile file(dataHome() + QLatin1String("/applications/") + id + QLatin1String(".desktop"));
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
+        return;
+    QString text =
+        QStringLiteral("[Desktop Entry]\nType=Application\nName=%1\nExec=%2\n").arg(name, exec);
+    if (!startupWmClass.isEmpty())
+        text += QStringLiteral("StartupWMClass=%1\n").arg(startupWmClass);
+    file.write(text.toUtf8());
+}
+
+std::unique_ptr<Preferences> VelkorInstance::preferences() const
+{
+    // The program's user store: the INI file QSettings keeps for the
+    // "Velkor" organisation and application under XDG_CONFIG_HOME.
+    return std::make_unique<Preferences>(std::make_unique<QSettings>(
+        configHome() + QLatin1String("/Velkor/Velkor.conf"), QSettings::IniFormat));
+}
+
+bool VelkorInstance::start(int timeoutMs)
+{
+    m_output.clear();
+    m_process.setProcessEnvironment(environment());
+    m_process.start(binary(), {});
+    if (!m_process.waitForStarted(5000))
+        return false;
+    const bool ready = m_desktop.waitFor(
+        [&] {
+            const QString text = log();
+            return text.contains(QLatin1String("[Velkor] event tap installed")) ||
+                   text.contains(QLatin1String("[Velkor] failed to create event tap")) ||
+                   !isRunning();
+        },
+        timeoutMs);
+    return ready && isRunning() && log().contains(QLatin1String("[Velkor] event tap installed"));
+}
+
+bool VelkorInstance::stop()
+{
+    if (!isRunning())
+        return m_process.exitStatus() == QProcess::NormalExit && m_process.exitCode() == 0;
+    m_process.terminate();
+    if (!m_process.waitForFinished(5000)) {
+        m_process.kill();
+        m_process.waitForFinished(2000);
+        return false;
+    }
+    log();
+    return m_process.exitStatus() == QProcess::NormalExit && m_process.exitCode() == 0;
+}
+
+QString VelkorInstance::log()
+{
+    m_output += m_process.readAll();
+    return QString::fromLocal8Bit(m_output);
+}
+
+} // namespace velkor::e2e

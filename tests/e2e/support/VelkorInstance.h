@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QProcess>
+#include <QString>
+#include <memory>
+
+namespace velkor {
+class Preferences;
+}
+
+namespace velkor::e2e {
+
+class XDesktop;
+
+// The velkor program on a test desktop, with a home, config and data folder
+// of its own, so that nothing of the user's settings or desktop entries
+// leaks in, and so that a second run can see what the first one stored.
+class VelkorInstance final
+{
+public:
+    // home: the folder to run in; by default one inside the desktop's scratch.
+    explicit VelkorInstance(XDesktop& desktop, const QString& home = QString());
+    ~VelkorInstance();
+
+    static QString binary();
+
+    QString configHome() const { return m_home + QLatin1String("/config"); }
+    QString dataHome() const { return m_home + QLatin1String("/data"); }
+    QProcessEnvironment environment() const;
+
+    // Writes applications/<id>.desktop under the data folder.
+    void writeDesktopEntry(const QString& id, const QString& name, const QString& exec,
+                           const QString& startupWmClass = QString());
+
+    // The settings the program reads at its next start, through the same
+    // store it uses.
+    std::unique_ptr<Preferences> preferences() const;
+
+    // Starts it and waits for the key monitor's verdict; true once the key
+    // hook is in place.
+    bool start(int timeoutMs = 10000);
+    // SIGTERM and wait; true when it exited on its own with status 0.
+    bool stop();
+    bool isRunning() const { return m_process.state() != QProcess::NotRunning; }
+    qint64 pid() const { return m_process.processId(); }
+
+    // Everything it wrote to stdout and stderr so far.
+    QString log();
+
+private:
+    XDesktop& m_desktop;
+    QString m_home;
+    QProcess m_process;
+    QByteArray m_output;
+};
+
+} // namespace velkor::e2e
