@@ -24,7 +24,7 @@ OverlayWindow::OverlayWindow(OverlayModel& model, Preferences& prefs, ShellInteg
     setAttribute(Qt::WA_TranslucentBackground);
     setAttribute(Qt::WA_ShowWithoutActivating);
     setFocusPolicy(Qt::NoFocus);
-    setWindowTitle(QStringLiteral("Velkor"));
+    setWindowTitle(QStringLiteral("Velkor overlay"));
 
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
