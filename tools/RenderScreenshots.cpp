@@ -1,10 +1,14 @@
 // SPDX-License-Identifier: MIT
 // Renders the overlay in each mode and theme, and each settings pane, to PNG
 // files in the folder given as the only argument. Runs offscreen.
+#include "app/OnboardingWindow.h"
+#include "app/PermissionsManager.h"
+#include "catalogue/AppRegistry.h"
 #include "overlay/OverlayModel.h"
 #include "overlay/OverlayView.h"
-#include "platform/ShellIntegration.h"
+#include "platform/NullPlatform.h"
 #include "settings/Preferences.h"
+#include "settings/SettingsWindow.h"
 
 #include <QApplication>
 #include <QDir>
@@ -17,14 +21,35 @@ using namespace velkor;
 
 namespace {
 
-class ScreenshotShell final : public ShellIntegration
+// A few running apps for the Apps pane.
+class ScreenshotWorkspace final : public Workspace
 {
 public:
-    void prepareOverlayWindow(QWindow*) override {}
-    bool canBlurBehind() const override { return false; }
-    void setBlurBehind(QWindow*, const QRectF&, qreal) override {}
-    void setRegularPresence(bool) override {}
-    QIcon iconForFile(const QString&) override { return {}; }
+    QList<RunningApp> runningApplications() const override
+    {
+        return {app(101, "Calculator", "org.gnome.Calculator"),
+                app(102, "Files", "org.gnome.Nautilus"), app(103, "Firefox", "firefox"),
+                app(104, "Terminal", "org.gnome.Terminal"), app(105, "xterm", std::nullopt)};
+    }
+    std::optional<Pid> frontmostPid() const override { return std::nullopt; }
+    std::optional<QString> ownBundleId() const override { return QStringLiteral("velkor"); }
+    bool isRunning(Pid) const override { return true; }
+    bool isHidden(Pid) const override { return false; }
+    void unhide(Pid) override {}
+    void hide(Pid) override {}
+    void terminate(Pid) override {}
+    void activate(Pid) override {}
+    void openApplication(const QString&) override {}
+
+private:
+    static RunningApp app(Pid pid, const char* name, std::optional<QString> id)
+    {
+        RunningApp result;
+        result.pid = pid;
+        result.name = QString::fromUtf8(name);
+        result.bundleId = std::move(id);
+        return result;
+    }
 };
 
 OverlayItem item(const QString& title, std::optional<QString> subtitle = std::nullopt,
@@ -63,7 +88,7 @@ bool saveOverlay(const QString& path, OverlayView& view, bool light)
 
 int renderOverlays(const QDir& out, Preferences& prefs)
 {
-    ScreenshotShell shell;
+    NullShellIntegration shell;
     OverlayModel model;
     OverlayView view(model, prefs, shell);
     int failures = 0;
@@ -98,6 +123,50 @@ int renderOverlays(const QDir& out, Preferences& prefs)
     return failures;
 }
 
+bool saveWindow(const QString& path, QWidget& window)
+{
+    window.show();
+    QCoreApplication::processEvents();
+    return window.grab().save(path);
+}
+
+int renderWindows(const QDir& out, Preferences& prefs)
+{
+    auto platform = createNullPlatform(
+        QStringLiteral("This display is not an X11 session, so Velkor cannot watch the "
+                       "activation key."));
+    ScreenshotWorkspace workspace;
+    AppRegistry registry(workspace, nullptr, prefs);
+    PermissionsManager permissions(*platform->trust, *platform->clock);
+    const SettingsContext context{prefs,
+                                  registry,
+                                  permissions,
+                                  *platform->trust,
+                                  *platform->loginItem,
+                                  *platform->shell,
+                                  PlatformTraits::forPlatform(QStringLiteral("xcb")),
+                                  QStringLiteral(VELKOR_VERSION)};
+    int failures = 0;
+    SettingsWindow settings(context);
+    const struct
+    {
+        SettingsPane pane;
+        const char* file;
+    } panes[] = {{SettingsPane::general, "settings-general.png"},
+                 {SettingsPane::behaviour, "settings-behaviour.png"},
+                 {SettingsPane::appearance, "settings-appearance.png"},
+                 {SettingsPane::apps, "settings-apps.png"}};
+    for (const auto& pane : panes) {
+        settings.showPane(pane.pane);
+        failures += !saveWindow(out.filePath(QString::fromLatin1(pane.file)), settings);
+    }
+    settings.hide();
+
+    OnboardingWindow onboarding(permissions, context.traits, [] {});
+    failures += !saveWindow(out.filePath("onboarding.png"), onboarding);
+    return failures;
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -118,7 +187,10 @@ int main(int argc, char** argv)
         std::make_unique<QSettings>(store.filePath("velkor.ini"), QSettings::IniFormat));
     prefs.setBlurEnabled(false);
 
-    const int failures = renderOverlays(out, prefs);
+    prefs.setExcluded(true, QStringLiteral("org.gnome.Terminal"));
+    int failures = renderOverlays(out, prefs);
+    prefs.setTheme(AppTheme::system);
+    failures += renderWindows(out, prefs);
     if (failures > 0)
         err << failures << " image(s) could not be written\n";
     return failures > 0 ? 1 : 0;

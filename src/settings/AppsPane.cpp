@@ -35,6 +35,9 @@ AppsPane::AppsPane(Preferences& prefs, AppRegistry& registry, ShellIntegration& 
     m_list->setContentsMargins(0, 0, 0, 0);
     m_list->addStretch(1);
     scroll->setWidget(rows);
+    // The rows sit on the section's own background.
+    scroll->viewport()->setAutoFillBackground(false);
+    rows->setAutoFillBackground(false);
     section->addWidget(scroll, 1);
 
     connect(&m_registry, &AppRegistry::runningAppsChanged, this, &AppsPane::rebuild);

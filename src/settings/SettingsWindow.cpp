@@ -72,6 +72,8 @@ SettingsWindow::SettingsWindow(const SettingsContext& context, QWidget* parent)
                                     SettingsPane::appearance, SettingsPane::apps})
         m_sidebar->addItem(new QListWidgetItem(paneIcon(pane, style()), paneTitle(pane)));
     m_sidebar->setFixedWidth(SidebarWidth);
+    m_sidebar->setIconSize(QSize(18, 18));
+    m_sidebar->setSpacing(3);
     m_stack->addWidget(m_general);
     m_stack->addWidget(m_behaviour);
     m_stack->addWidget(m_appearance);
