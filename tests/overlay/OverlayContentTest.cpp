@@ -33,7 +33,6 @@ private slots:
     void windowsModeFallsBackForUntitledWindows();
     void dotsAppearFromTwoRows();
     void accentIsKeptOnDarkAndDarkenedOnLight();
-    void themeFollowsTheSystemOnlyWhenAsked();
 };
 
 void OverlayContentTest::emptyModelAsksForALetterOrSaysNoMatch()
@@ -169,14 +168,6 @@ void OverlayContentTest::accentIsKeptOnDarkAndDarkenedOnLight()
     const QColor red = Theme::readableAccent("#FF0000", true);
     QCOMPARE(red.hsvSaturationF(), 1.0f);
     QCOMPARE(red, QColor::fromHsvF(0, 1, 0.58f).toRgb());
-}
-
-void OverlayContentTest::themeFollowsTheSystemOnlyWhenAsked()
-{
-    QVERIFY(Theme::isLight(AppTheme::light, false));
-    QVERIFY(!Theme::isLight(AppTheme::dark, true));
-    QVERIFY(Theme::isLight(AppTheme::system, true));
-    QVERIFY(!Theme::isLight(AppTheme::system, false));
 }
 
 QTEST_GUILESS_MAIN(OverlayContentTest)

@@ -35,7 +35,6 @@ private slots:
     void windowIsAnUnfocusableOverlay();
     void placedInEachPositionWithMargins();
     void followsTheContentWhenLaidOutAgain();
-    void delayedShowCanBeCancelledAndRescheduled();
     void fadesInAndHidesAtOnce();
     void blurAreaFollowsThePill();
 
@@ -138,35 +137,6 @@ void OverlayWindowTest::followsTheContentWhenLaidOutAgain()
     QVERIFY(after.height() > before.height());
     // Pinned to the same corner.
     QCOMPARE(after.bottomRight(), before.bottomRight());
-}
-
-void OverlayWindowTest::delayedShowCanBeCancelledAndRescheduled()
-{
-    fake::FakeClock& clock = *m_platform->clock;
-    m_prefs->setOverlayDelay(0.25);
-    m_controller->scheduleShow();
-    clock.advance(0.2);
-    QVERIFY(!m_controller->isPanelVisible());
-    m_controller->hide();
-    clock.advance(1.0);
-    QVERIFY(!m_controller->isPanelVisible());
-
-    m_controller->scheduleShow();
-    clock.advance(0.2);
-    m_controller->scheduleShow(); // timed again from here
-    clock.advance(0.2);
-    QVERIFY(!m_controller->isPanelVisible());
-    clock.advance(0.06);
-    QVERIFY(m_controller->isPanelVisible());
-    QVERIFY(window().isVisible());
-
-    // Switched off: nothing shows, not even later.
-    m_controller->hide();
-    m_prefs->setOverlayEnabled(false);
-    m_controller->scheduleShow();
-    m_controller->showNow();
-    clock.advance(1.0);
-    QVERIFY(!window().isVisible());
 }
 
 void OverlayWindowTest::fadesInAndHidesAtOnce()

@@ -189,13 +189,6 @@ void SettingsWindowTest::launchAtLoginRegistersOnceEachWay()
     QVERIFY(!m_prefs->launchAtLogin());
     QCOMPARE(item.unregisterCalls, 1);
     QCOMPARE(item.registerCalls, 1);
-
-    // A refused registration keeps the user's choice.
-    item.failWith = QStringLiteral("refused");
-    QTest::ignoreMessage(QtWarningMsg, "[Velkor] LaunchAtLogin error: refused");
-    click(&toggle);
-    QVERIFY(toggle.isChecked());
-    QCOMPARE(stored("launchAtLogin").toBool(), true);
 }
 
 void SettingsWindowTest::permissionRowFollowsTheGrant()
@@ -296,15 +289,10 @@ void SettingsWindowTest::delaySliderStaysOnTheGrid()
     QCOMPARE(stored("overlayDelay").toDouble(), 0.0);
     QCOMPARE(pane.delayText().text(), QStringLiteral("0.00s"));
 
-    // Every reachable value is a twentieth of a second within 0…1.
-    for (int i = 0; i < 25; ++i) {
-        QTest::keyClick(&slider, i % 3 == 0 ? Qt::Key_PageUp : Qt::Key_Right);
-        const double value = m_prefs->overlayDelay();
-        QVERIFY(value >= 0 && value <= 1);
-        QCOMPARE(value * 20, std::round(value * 20));
-        QVERIFY(pane.delayText().text().endsWith('s'));
-        QCOMPARE(pane.delayText().text().section('.', 1).size(), 3);
-    }
+    // Paging moves on the same grid.
+    QTest::keyClick(&slider, Qt::Key_PageUp);
+    QCOMPARE(m_prefs->overlayDelay(), 0.1);
+    QCOMPARE(pane.delayText().text(), QStringLiteral("0.10s"));
 }
 
 void SettingsWindowTest::appsPaneExcludesAndRefreshes()
