@@ -14,7 +14,7 @@ packages=(
     # run
     fonts-league-spartan dbus-x11 dbus-daemon
     # the demo desktop and the end-to-end suite
-    xvfb xauth openbox xterm x11-apps x11-utils x11-xserver-utils xdotool wmctrl trayer
+    xvfb xauth openbox xterm x11-apps x11-utils x11-xserver-utils x11-xkb-utils xdotool wmctrl trayer procps
 )
 
 missing=()

@@ -40,6 +40,8 @@ public:
 
     KeyMonitor& keyMonitor() { return m_keyMonitor; }
     OverlayController& overlay() { return m_overlay; }
+    const KeyMonitor& keyMonitor() const { return m_keyMonitor; }
+    const OverlayController& overlay() const { return m_overlay; }
 
     // KeyMonitorHandler
     void beginSession() override;

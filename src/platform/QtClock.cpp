@@ -10,11 +10,9 @@ namespace velkor {
 
 QtClock::QtClock(QObject* parent) : QObject(parent) {}
 
-QtClock::~QtClock()
-{
-    for (auto& [id, timer] : m_timers)
-        delete timer;
-}
+// The timers are children: those still pending, and those finished or
+// cancelled whose deferred deletion has not run yet, go with the clock.
+QtClock::~QtClock() = default;
 
 double QtClock::now() const
 {
@@ -34,7 +32,7 @@ Clock::TaskId QtClock::callEvery(double seconds, std::function<void()> task)
 Clock::TaskId QtClock::schedule(double seconds, bool repeating, std::function<void()> task)
 {
     const TaskId id = m_nextId++;
-    auto* timer = new QTimer;
+    auto* timer = new QTimer(this);
     // Short delays (the overlay's, the pointer move) must not drift by the
     // coarse timer's 5 %.
     timer->setTimerType(seconds < 2 ? Qt::PreciseTimer : Qt::CoarseTimer);

@@ -204,12 +204,6 @@ void AppCoordinatorActionsTest::commandTabPreselectsTheSecondWindow()
     h.clearLog();
     h.leftCommand(false);
     QCOMPARE(h.fake.log, focused("10w0", 10));
-
-    // Off: Command-Tab is the system's.
-    h.prefs->setReplaceCommandTab(false);
-    h.leftCommand(true);
-    QCOMPARE(h.commandTab(), KeyDecision::Pass);
-    QVERIFY(!h.coordinator->windowMode());
 }
 
 void AppCoordinatorActionsTest::commandGraveWalksABurstOfTheFrontApp()

@@ -13,9 +13,13 @@ struct X11KeyGrab
 {
     xcb_keycode_t keycode = 0;
     uint16_t modifiers = 0;
-    QString name; // for logs, e.g. "Super+Tab (keycode 23)"
+    QString name; // for logs, e.g. "Super+Tab (keycode 23)"; changes with the layout
 
-    friend bool operator==(const X11KeyGrab&, const X11KeyGrab&) = default;
+    // The same grab whatever the layout calls the key.
+    friend bool operator==(const X11KeyGrab& a, const X11KeyGrab& b)
+    {
+        return a.keycode == b.keycode && a.modifiers == b.modifiers;
+    }
 };
 
 // Places and removes passive grabs, checking each request on its own so

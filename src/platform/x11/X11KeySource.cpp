@@ -6,6 +6,7 @@
 
 #include <QGuiApplication>
 #include <QLoggingCategory>
+#include <algorithm>
 #include <cstdlib>
 #include <xcb/xinput.h>
 #include <xcb/xtest.h>
@@ -19,13 +20,23 @@ namespace velkor {
 
 namespace {
 
-Q_LOGGING_CATEGORY(lcKeys, "velkor.x11.keys")
+// Debug lines (every key and its decision) only when asked for: they are
+// what the user types.
+Q_LOGGING_CATEGORY(lcKeys, "velkor.x11.keys", QtInfoMsg)
 
 template <typename T> using Reply = std::unique_ptr<T, decltype(&free)>;
 
 template <typename T> Reply<T> takeReply(T* reply)
 {
     return Reply<T>(reply, &free);
+}
+
+// Whether two lists hold the same grabs, in any order (a grab refused at
+// first is placed later, at the end).
+bool samePlaces(const QList<X11KeyGrab>& a, const QList<X11KeyGrab>& b)
+{
+    return a.size() == b.size() &&
+           std::all_of(a.cbegin(), a.cend(), [&](const X11KeyGrab& g) { return b.contains(g); });
 }
 
 // setxkbmap sends several notifications in a row; one reload covers them.
@@ -42,10 +53,11 @@ X11KeySource::X11KeySource(const Clock& clock) : m_clock(clock)
 
 X11KeySource::~X11KeySource()
 {
-    if (!m_connection)
+    // Qt closes its connection with the application; our grabs go with it.
+    QCoreApplication* app = QCoreApplication::instance();
+    if (!m_connection || !app)
         return;
-    if (QCoreApplication* app = QCoreApplication::instance())
-        app->removeNativeEventFilter(this);
+    app->removeNativeEventFilter(this);
     releaseGrabs();
     if (m_keyboardGrabbed)
         xcb_ungrab_keyboard(m_connection, XCB_CURRENT_TIME);
@@ -131,7 +143,8 @@ bool X11KeySource::prepareExtensions()
     if (!flags || !(flags->value & detectable))
         qCWarning(lcKeys) << "the X server cannot report auto-repeat as presses alone";
 
-    // Added to Qt's own selection on this connection, never replacing it.
+    // Only these two event types are touched; Qt's selection of the others
+    // on this connection stays as it is.
     const uint16_t mapEvents =
         XCB_XKB_EVENT_TYPE_NEW_KEYBOARD_NOTIFY | XCB_XKB_EVENT_TYPE_MAP_NOTIFY;
     const uint16_t allMapParts = 0xff;
@@ -234,22 +247,27 @@ void X11KeySource::placeMissingGrabs()
         activationWanted = activationWanted || isActivation;
         if (!m_placed.contains(grab)) {
             if (!m_grabs->place(grab, numLock)) {
-                if (!m_refusedLogged.contains(grab.name)) {
+                if (!m_reported.contains(grab.name)) {
                     qCWarning(lcKeys).noquote()
                         << "cannot grab" << grab.name << "- another client holds it";
-                    m_refusedLogged.insert(grab.name);
+                    m_reported.insert(grab.name);
                 }
                 continue;
             }
-            m_refusedLogged.remove(grab.name);
+            m_reported.remove(grab.name);
             m_placed.append(grab);
         }
         if (isActivation)
             m_activationGrabbed = true;
     }
-    if (!activationWanted)
+    const QString missing = QStringLiteral("missing key %1").arg(m_watch.activationKeyCode);
+    if (activationWanted) {
+        m_reported.remove(missing);
+    } else if (!m_reported.contains(missing)) {
         qCWarning(lcKeys) << "the activation key" << m_watch.activationKeyCode
                           << "is not on this keyboard";
+        m_reported.insert(missing);
+    }
 }
 
 void X11KeySource::releaseGrabs()
@@ -265,7 +283,7 @@ bool X11KeySource::isEnabled() const
     if (!m_installed)
         return false;
     const bool strayGrab = m_keyboardGrabbed && !m_modifiers.isDown(m_watch.activationKeyCode);
-    return !strayGrab && m_placed.size() == wantedGrabs().size();
+    return !strayGrab && samePlaces(wantedGrabs(), m_placed);
 }
 
 void X11KeySource::enable()
@@ -284,7 +302,13 @@ void X11KeySource::reloadKeymap()
         qCWarning(lcKeys) << "cannot read the new keyboard map; keeping the old one";
         return;
     }
-    qCDebug(lcKeys) << "keyboard map changed, grabbing again";
+    // Grabs name keycodes, which a new layout leaves where they are; only
+    // moved modifier bits (Num Lock, Super) or a key gone from the map need
+    // new ones. The server also reports a map change whenever another
+    // keyboard (XTEST among them) types, with nothing changed.
+    if (samePlaces(wantedGrabs(), m_placed) && m_keymap->numLockMask() == m_placedNumLockMask)
+        return;
+    qCInfo(lcKeys) << "keyboard map changed, grabbing again";
     regrab();
 }
 
@@ -349,6 +373,9 @@ void X11KeySource::handleKey(const xcb_key_press_event_t* event, bool press)
         press ? KeyEventType::KeyDown : KeyEventType::KeyUp, keyCode, m_modifiers.flags(),
         X11KeyTranslator::characters(m_keymap->keymap(), event->detail, group), m_clock.now()};
     const KeyDecision decision = m_callback(keyEvent);
+    qCDebug(lcKeys) << (press ? "down" : "up") << keyCode << Qt::hex << keyEvent.flags
+                    << keyEvent.characters
+                    << (decision == KeyDecision::Pass ? "passed" : "swallowed");
     if (press && decision == KeyDecision::Pass)
         retype(event->detail);
 }
@@ -369,13 +396,17 @@ void X11KeySource::handleModifier(qint64 keyCode, bool press)
     if (!press)
         releaseKeyboardIfActivationUp();
     if (changed)
-        deliver(KeyEventType::FlagsChanged, keyCode, {});
+        deliverFlagsChanged(keyCode);
 }
 
-void X11KeySource::deliver(KeyEventType type, qint64 keyCode, const QString& characters)
+void X11KeySource::deliverFlagsChanged(qint64 keyCode)
 {
-    if (m_installed && m_callback)
-        m_callback(KeyEvent{type, keyCode, m_modifiers.flags(), characters, m_clock.now()});
+    if (!m_installed || !m_callback)
+        return;
+    qCDebug(lcKeys) << "flags" << keyCode << Qt::hex << m_modifiers.flags();
+    // Modifier changes always pass: the server has delivered them already.
+    m_callback(
+        KeyEvent{KeyEventType::FlagsChanged, keyCode, m_modifiers.flags(), {}, m_clock.now()});
 }
 
 void X11KeySource::retype(xcb_keycode_t keycode)

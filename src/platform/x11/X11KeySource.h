@@ -21,10 +21,11 @@ namespace velkor {
 // A passive grab of the activation key makes the server hand us every key
 // pressed while it is held, so nothing typed under it reaches the focused
 // window; Super+Tab and Super+grave are grabbed only while watched. Which
-// modifiers are down comes from XInput2 raw events, which arrive whoever
-// holds the keyboard, so modifier changes are seen even with no grab active.
-// A key the monitor passes while we hold the keyboard is typed again into
-// the focused window through XTEST.
+// modifiers are down comes from XInput2 raw events while another client (or
+// nobody) holds the keyboard, and from our own key events while we do, so
+// modifier changes are seen with or without a grab. A key the monitor passes
+// while we hold the keyboard is typed again into the focused window through
+// XTEST.
 class X11KeySource final : public KeySource, private QAbstractNativeEventFilter
 {
 public:
@@ -54,7 +55,7 @@ private:
     void handleKey(const xcb_key_press_event_t* event, bool press);
     void handleRawKey(quint32 keycode, bool press);
     void handleModifier(qint64 keyCode, bool press);
-    void deliver(KeyEventType type, qint64 keyCode, const QString& characters);
+    void deliverFlagsChanged(qint64 keyCode);
     void retype(xcb_keycode_t keycode);
     void releaseKeyboardIfActivationUp();
 
@@ -72,7 +73,7 @@ private:
 
     QList<X11KeyGrab> m_placed;
     uint16_t m_placedNumLockMask = 0;
-    QSet<QString> m_refusedLogged;
+    QSet<QString> m_reported; // problems logged once, until they go away
     bool m_activationGrabbed = false;
 
     X11ModifierState m_modifiers;

@@ -7,7 +7,7 @@
 #include <xcb/res.h>
 #include <xcb/xcb_icccm.h>
 
-Q_LOGGING_CATEGORY(lcX11Cache, "velkor.x11.windows")
+Q_LOGGING_CATEGORY(lcX11Cache, "velkor.x11.windows", QtInfoMsg)
 
 namespace velkor::x11 {
 

@@ -8,7 +8,7 @@
 #include <QLoggingCategory>
 #include <xcb/xcb_icccm.h>
 
-Q_LOGGING_CATEGORY(lcX11Workspace, "velkor.x11.workspace")
+Q_LOGGING_CATEGORY(lcX11Workspace, "velkor.x11.workspace", QtInfoMsg)
 
 namespace velkor::x11 {
 
@@ -152,11 +152,18 @@ void X11Workspace::activate(Pid pid)
     qCDebug(lcX11Workspace) << "activate pid" << pid << "window" << Qt::hex << target;
     if (!target)
         return;
-    // Sent once the current event is handled: a window gathered to this
-    // desktop right after the activation must not drag the user to the
-    // desktop it came from.
+    const X11Client* client = m_cache.client(target);
+    const bool here =
+        !m_cache.desktopCount() || (client && client->onDesktop(m_cache.currentDesktop()));
     const bool queued = m_pendingActivation != 0;
     m_pendingActivation = target;
+    if (here && !queued) {
+        sendPendingActivation();
+        return;
+    }
+    // A window on another desktop is activated once the current event is
+    // handled: one gathered to this desktop right after the activation must
+    // not drag the user to the desktop it came from.
     if (!queued)
         QMetaObject::invokeMethod(this, &X11Workspace::sendPendingActivation, Qt::QueuedConnection);
 }

@@ -7,6 +7,8 @@
 #include <QDir>
 #include <QFile>
 #include <QSettings>
+#include <csignal>
+#include <sys/prctl.h>
 
 namespace velkor::e2e {
 
@@ -17,6 +19,8 @@ VelkorInstance::VelkorInstance(XDesktop& desktop, const QString& home)
     QDir().mkpath(configHome());
     QDir().mkpath(dataHome() + QLatin1String("/applications"));
     m_process.setProcessChannelMode(QProcess::MergedChannels);
+    // Gone with the test, even when the test crashes.
+    m_process.setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGKILL); });
 }
 
 VelkorInstance::~VelkorInstance()

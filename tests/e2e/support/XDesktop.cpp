@@ -9,6 +9,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
+#include <sys/prctl.h>
 #include <xcb/xtest.h>
 
 namespace velkor::e2e {
@@ -37,7 +38,21 @@ int key::of(QChar c)
     return 0;
 }
 
-XDesktop::XDesktop() = default;
+namespace {
+
+// Every process of a test desktop dies with the test, even when the test
+// itself crashes.
+void dieWithParent(QProcess& process)
+{
+    process.setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGKILL); });
+}
+
+} // namespace
+
+XDesktop::XDesktop()
+{
+    dieWithParent(m_server);
+}
 
 XDesktop::~XDesktop()
 {
@@ -116,6 +131,7 @@ bool XDesktop::start(bool withWindowManager)
 bool XDesktop::startWindowManager()
 {
     m_windowManager = std::make_unique<QProcess>();
+    dieWithParent(*m_windowManager);
     m_windowManager->setProcessEnvironment(environment());
     m_windowManager->setProcessChannelMode(QProcess::ForwardedErrorChannel);
     m_windowManager->start(QStringLiteral("openbox"), {});
@@ -148,6 +164,7 @@ xcb_window_t XDesktop::launch(const QString& program, const QStringList& argumen
     for (xcb_window_t w : clients())
         known.insert(w);
     auto* process = new QProcess;
+    dieWithParent(*process);
     process->setProcessEnvironment(environment());
     process->setStandardOutputFile(QProcess::nullDevice());
     process->setStandardErrorFile(QProcess::nullDevice());

@@ -1,0 +1,398 @@
+// SPDX-License-Identifier: MIT
+#include "XDesktop.h"
+#include "platform/x11/X11Connection.h"
+#include "platform/x11/X11ShellIntegration.h"
+#include "platform/x11/X11SpaceSystem.h"
+#include "platform/x11/X11WindowCache.h"
+#include "platform/x11/X11WindowSystem.h"
+#include "platform/x11/X11Workspace.h"
+
+#include <QDir>
+#include <QFile>
+#include <QGuiApplication>
+#include <QSignalSpy>
+#include <QWindow>
+#include <QtTest>
+#include <memory>
+#include <xcb/xcb_icccm.h>
+
+using namespace velkor;
+using namespace velkor::e2e;
+using namespace velkor::x11;
+
+namespace {
+
+XDesktop* g_desktop = nullptr;
+
+// The child side: "--windows CLASS WINDOW...", one window per WINDOW, a comma
+// list of name=, wmname=, gtk=, type=utility|dialog, skip, noinput. Lives
+// until it is killed.
+int runWindowOwner(const QStringList& args)
+{
+    xcb_connection_t* c = xcb_connect(nullptr, nullptr);
+    if (xcb_connection_has_error(c))
+        return 1;
+    const xcb_screen_t* screen = xcb_setup_roots_iterator(xcb_get_setup(c)).data;
+    auto atom = [c](const char* name) {
+        auto* r =
+            xcb_intern_atom_reply(c, xcb_intern_atom(c, 0, uint16_t(strlen(name)), name), nullptr);
+        const xcb_atom_t a = r ? r->atom : xcb_atom_t(XCB_ATOM_NONE);
+        free(r);
+        return a;
+    };
+    const QByteArray cls = args.value(0).toLatin1();
+    const QByteArray wmClass = cls.toLower() + '\0' + cls + '\0';
+    for (const QString& description : args.mid(1)) {
+        const xcb_window_t w = xcb_generate_id(c);
+        xcb_create_window(c, XCB_COPY_FROM_PARENT, w, screen->root, 0, 0, 200, 100, 0,
+                          XCB_WINDOW_CLASS_INPUT_OUTPUT, screen->root_visual, 0, nullptr);
+        xcb_icccm_set_wm_class(c, w, uint32_t(wmClass.size()), wmClass.constData());
+        QList<xcb_atom_t> states;
+        for (const QString& item : description.split(QLatin1Char(','), Qt::SkipEmptyParts)) {
+            const QByteArray key = item.section(QLatin1Char('='), 0, 0).toLatin1();
+            const QByteArray value = item.section(QLatin1Char('='), 1).toUtf8();
+            if (key == "name")
+                xcb_change_property(c, XCB_PROP_MODE_REPLACE, w, atom("_NET_WM_NAME"),
+                                    atom("UTF8_STRING"), 8, uint32_t(value.size()), value.data());
+            else if (key == "wmname")
+                xcb_icccm_set_wm_name(c, w, XCB_ATOM_STRING, 8, uint32_t(value.size()),
+                                      value.data());
+            else if (key == "gtk")
+                xcb_change_property(c, XCB_PROP_MODE_REPLACE, w, atom("_GTK_APPLICATION_ID"),
+                                    atom("UTF8_STRING"), 8, uint32_t(value.size()), value.data());
+            else if (key == "type") {
+                const xcb_atom_t type = atom(value == "utility" ? "_NET_WM_WINDOW_TYPE_UTILITY"
+                                                                : "_NET_WM_WINDOW_TYPE_DIALOG");
+                xcb_change_property(c, XCB_PROP_MODE_REPLACE, w, atom("_NET_WM_WINDOW_TYPE"),
+                                    XCB_ATOM_ATOM, 32, 1, &type);
+            } else if (key == "skip")
+                states.append(atom("_NET_WM_STATE_SKIP_TASKBAR"));
+            else if (key == "noinput") {
+                xcb_icccm_wm_hints_t hints{};
+                xcb_icccm_wm_hints_set_input(&hints, 0);
+                xcb_icccm_set_wm_hints(c, w, &hints);
+            }
+        }
+        if (!states.isEmpty())
+            xcb_change_property(c, XCB_PROP_MODE_REPLACE, w, atom("_NET_WM_STATE"), XCB_ATOM_ATOM,
+                                32, uint32_t(states.size()), states.constData());
+        xcb_map_window(c, w);
+    }
+    xcb_flush(c);
+    while (xcb_generic_event_t* event = xcb_wait_for_event(c))
+        free(event);
+    return 0;
+}
+
+} // namespace
+
+// The X11 backend on Qt's own connection against a real openbox: what it
+// reports, read through the seam, and what its requests do, read from the
+// server.
+class X11BackendTest : public QObject
+{
+    Q_OBJECT
+
+    XDesktop& desktop() { return *g_desktop; }
+    std::shared_ptr<X11WindowCache> m_cache;
+    std::unique_ptr<X11Workspace> m_workspace;
+    std::unique_ptr<X11WindowSystem> m_windows;
+    std::unique_ptr<X11SpaceSystem> m_spaces;
+    QList<xcb_window_t> m_started;
+
+    xcb_window_t owner(const QString& cls, const QStringList& descriptions)
+    {
+        const xcb_window_t w =
+            desktop().launch(QCoreApplication::applicationFilePath(),
+                             QStringList{QStringLiteral("--windows"), cls} + descriptions, cls);
+        m_started.append(w);
+        return w;
+    }
+
+    std::optional<RunningApp> appOf(xcb_window_t window)
+    {
+        const Pid pid = Pid(desktop().pidOf(window));
+        for (const RunningApp& app : m_workspace->runningApplications())
+            if (app.pid == pid)
+                return app;
+        return std::nullopt;
+    }
+
+    // Lets the backend see the PropertyNotify events of what just happened.
+    static bool eventually(const std::function<bool()>& condition)
+    {
+        return g_desktop->waitFor(condition, 3000);
+    }
+
+private slots:
+    void init()
+    {
+        m_cache = std::make_shared<X11WindowCache>(X11Connection::fromQt());
+        m_workspace =
+            std::make_unique<X11Workspace>(m_cache, Pid(QCoreApplication::applicationPid()));
+        m_windows = std::make_unique<X11WindowSystem>(m_cache);
+        m_spaces = std::make_unique<X11SpaceSystem>(m_cache);
+    }
+
+    void cleanup()
+    {
+        for (xcb_window_t w : std::as_const(m_started))
+            desktop().kill(w);
+        QVERIFY(eventually([&] { return desktop().clients().isEmpty(); }));
+        m_started.clear();
+        desktop().switchDesktop(0);
+        m_spaces.reset();
+        m_windows.reset();
+        m_workspace.reset();
+        m_cache.reset();
+    }
+
+    void appsAreProcessesOwningManagedWindows()
+    {
+        const xcb_window_t logo =
+            desktop().launch(QStringLiteral("xlogo"), {}, QStringLiteral("XLogo"));
+        m_started.append(logo);
+        const xcb_window_t tools =
+            owner(QStringLiteral("Tools"),
+                  {QStringLiteral("name=Main"), QStringLiteral("name=Palette,type=utility")});
+        const xcb_window_t tray = owner(QStringLiteral("Tray"), {QStringLiteral("skip")});
+        const xcb_window_t gtk =
+            owner(QStringLiteral("Whatever"), {QStringLiteral("gtk=org.example.Alpha")});
+        QVERIFY(logo && tools && tray && gtk);
+        QVERIFY(eventually([&] { return m_workspace->runningApplications().size() == 4; }));
+
+        const auto xlogo = appOf(logo); // pid from the X-Resource extension
+        QVERIFY(xlogo);
+        QCOMPARE(xlogo->bundleId, std::optional<QString>(QStringLiteral("XLogo")));
+        QCOMPARE(xlogo->name, std::optional<QString>(QStringLiteral("XLogo")));
+        QVERIFY(xlogo->regular);
+        QVERIFY(m_workspace->isRunning(xlogo->pid));
+
+        const auto toolsApp = appOf(tools);
+        QVERIFY(toolsApp && toolsApp->regular);
+        QCOMPARE(m_windows->windowsOf(toolsApp->pid)->size(), 2);
+
+        const auto trayApp = appOf(tray);
+        QVERIFY(trayApp);
+        QVERIFY(!trayApp->regular);
+
+        const auto gtkApp = appOf(gtk);
+        QVERIFY(gtkApp);
+        QCOMPARE(gtkApp->name, std::optional<QString>(QStringLiteral("Alpha")));
+        QCOMPARE(gtkApp->bundleId, std::optional<QString>(QStringLiteral("org.example.Alpha")));
+        QVERIFY(gtkApp->bundlePath && gtkApp->bundlePath->endsWith(QLatin1String(".desktop")));
+    }
+
+    void workspaceTellsOfLaunchesQuitsAndActivations()
+    {
+        QSignalSpy launched(m_workspace.get(), &Workspace::applicationLaunched);
+        QSignalSpy terminated(m_workspace.get(), &Workspace::applicationTerminated);
+        QSignalSpy activated(m_workspace.get(), &Workspace::applicationActivated);
+        const xcb_window_t a = owner(QStringLiteral("One"), {QStringLiteral("name=a")});
+        const xcb_window_t b = owner(QStringLiteral("Two"), {QStringLiteral("name=b")});
+        QVERIFY(a && b);
+        QTRY_VERIFY(launched.size() >= 2);
+
+        desktop().activate(a);
+        QTRY_COMPARE(m_workspace->frontmostPid(), std::optional<Pid>(Pid(desktop().pidOf(a))));
+        const auto activations = activated.size();
+        QVERIFY(activations >= 1);
+        desktop().activate(b);
+        QTRY_COMPARE(activated.size(), activations + 1);
+
+        QCOMPARE(terminated.size(), 0);
+        desktop().kill(b);
+        QTRY_COMPARE(terminated.size(), 1);
+        QVERIFY(!appOf(b));
+    }
+
+    void windowsComeFrontFirstWithTitlesAndMinimisedState()
+    {
+        const xcb_window_t first =
+            owner(QStringLiteral("Multi"), {QStringLiteral("name=Über,wmname=old"),
+                                            QStringLiteral("wmname=Plain"), QString()});
+        QVERIFY(first);
+        const Pid pid = Pid(desktop().pidOf(first));
+        QVERIFY(eventually([&] { return m_windows->windowsOf(pid)->size() == 3; }));
+        QList<RawWindow> windows = *m_windows->windowsOf(pid);
+        // openbox stacks each newly mapped window on top; the title comes
+        // from _NET_WM_NAME before WM_NAME.
+        QCOMPARE(windows[0].title, std::nullopt);
+        QCOMPARE(windows[1].title, std::optional<QString>(QStringLiteral("Plain")));
+        QCOMPARE(windows[2].title, std::optional<QString>(QStringLiteral("Über")));
+        const xcb_window_t oldest = X11WindowSystem::idOf(windows[2].element);
+
+        m_windows->raise(windows[2].element);
+        QVERIFY(eventually([&] {
+            return X11WindowSystem::idOf(m_windows->windowsOf(pid)->first().element) == oldest;
+        }));
+        windows = *m_windows->windowsOf(pid);
+
+        m_windows->setMinimized(windows[1].element, true);
+        const xcb_window_t iconified = X11WindowSystem::idOf(windows[1].element);
+        QVERIFY(eventually([&] {
+            const auto now = *m_windows->windowsOf(pid);
+            return std::all_of(now.cbegin(), now.cend(), [&](const RawWindow& w) {
+                return w.minimized == (X11WindowSystem::idOf(w.element) == iconified);
+            });
+        }));
+        QVERIFY(desktop().isHidden(X11WindowSystem::idOf(windows[1].element)));
+        m_windows->setMinimized(windows[1].element, false);
+        QVERIFY(eventually(
+            [&] { return !desktop().isHidden(X11WindowSystem::idOf(windows[1].element)); }));
+
+        // Windows of a desktop not shown are iconic for openbox, yet not
+        // minimised; they are simply not on screen.
+        desktop().moveToDesktop(oldest, 2);
+        QVERIFY(eventually([&] {
+            const auto all = m_spaces->windowList(false);
+            const auto shown = m_spaces->windowList(true);
+            auto has = [&](const QList<ServerWindow>& list) {
+                return std::any_of(list.cbegin(), list.cend(),
+                                   [&](const ServerWindow& w) { return w.number == oldest; });
+            };
+            return has(all) && !has(shown);
+        }));
+        const QList<RawWindow> afterMove = *m_windows->windowsOf(pid);
+        for (const RawWindow& w : afterMove)
+            QCOMPARE(w.minimized, std::optional<bool>(false));
+    }
+
+    void framesPointerAndDesktops()
+    {
+        const xcb_window_t w = owner(QStringLiteral("Framed"), {QStringLiteral("name=f")});
+        QVERIFY(w);
+        const auto frame = m_windows->frameOf(std::make_shared<X11WindowElement>(w));
+        QVERIFY(frame);
+        QCOMPARE(frame->toRect(), desktop().frame(w));
+        QVERIFY(frame->height() > 100); // the decorations are included
+        m_windows->warpPointer(frame->center());
+        QVERIFY(eventually([&] { return desktop().pointer() == frame->center().toPoint(); }));
+
+        const auto layout = m_spaces->mainDisplaySpaces();
+        QVERIFY(layout);
+        QCOMPARE(layout->spaceIds, (QList<quint64>{0, 1, 2, 3}));
+        QVERIFY(m_spaces->setCurrentSpace(layout->displayId, 3));
+        QVERIFY(eventually([&] { return m_spaces->mainDisplaySpaces()->currentIndex == 3; }));
+        QCOMPARE(desktop().currentDesktop(), std::optional<quint32>(3));
+        QVERIFY(!m_spaces->setCurrentSpace(layout->displayId, 4));
+        QVERIFY(m_spaces->moveWindows({w}, 1));
+        QVERIFY(eventually([&] { return desktop().desktopOf(w) == 1u; }));
+    }
+
+    void controlDigitFallbackPressesTheKeysAtTheDigitsPositions()
+    {
+        // A client of its own grabs Control + each digit on the root, as a
+        // window manager with such shortcuts would, and reads what arrives.
+        xcb_connection_t* c = xcb_connect(desktop().display().toLatin1().constData(), nullptr);
+        QVERIFY(!xcb_connection_has_error(c));
+        const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(c)).data->root;
+        for (int keycode = 10; keycode <= 19; ++keycode)
+            xcb_grab_key(c, 1, root, XCB_MOD_MASK_CONTROL, xcb_keycode_t(keycode),
+                         XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC);
+        std::free(xcb_get_input_focus_reply(c, xcb_get_input_focus(c), nullptr));
+
+        // The digit key codes the core uses for 1, 5, 6 and 9.
+        for (int code : {18, 23, 22, 25})
+            QVERIFY(m_spaces->postControlKey(code));
+        QVERIFY(!m_spaces->postControlKey(0)); // the A key: not a digit
+        QList<int> pressed;
+        QVERIFY(eventually([&] {
+            while (xcb_generic_event_t* e = xcb_poll_for_event(c)) {
+                if ((e->response_type & 0x7f) == XCB_KEY_PRESS) {
+                    auto* key = reinterpret_cast<xcb_key_press_event_t*>(e);
+                    if (key->state & XCB_MOD_MASK_CONTROL)
+                        pressed.append(key->detail);
+                }
+                std::free(e);
+            }
+            return pressed.size() >= 4;
+        }));
+        QCOMPARE(pressed, (QList<int>{key::of(QLatin1Char('1')), key::of(QLatin1Char('5')),
+                                      key::of(QLatin1Char('6')), key::of(QLatin1Char('9'))}));
+        xcb_disconnect(c);
+    }
+
+    void overlayWindowsStayOutOfTheWindowManagersWay()
+    {
+        X11ShellIntegration shell(X11Connection::fromQt());
+        QWindow overlay;
+        overlay.resize(200, 80);
+        shell.prepareOverlayWindow(&overlay);
+        overlay.show();
+        const auto id = xcb_window_t(overlay.winId());
+        xcb_connection_t* c = X11Connection::fromQt()->get();
+        QVERIFY(eventually([&] {
+            auto attributes = reply(
+                xcb_get_window_attributes_reply(c, xcb_get_window_attributes(c, id), nullptr));
+            return attributes && attributes->override_redirect &&
+                   attributes->map_state == XCB_MAP_STATE_VIEWABLE;
+        }));
+        QVERIFY(!desktop().clients().contains(id));
+        QVERIFY(!shell.canBlurBehind()); // openbox composites nothing
+
+        const QString icon = desktop().scratchPath() + QLatin1String("/icon.png");
+        QImage image(16, 16, QImage::Format_ARGB32);
+        image.fill(Qt::red);
+        QVERIFY(image.save(icon));
+        const QString entry = desktop().scratchPath() + QLatin1String("/iconic.desktop");
+        QFile file(entry);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write("[Desktop Entry]\nType=Application\nName=Iconic\nExec=true\nIcon=" +
+                   icon.toUtf8() + "\n");
+        file.close();
+        QVERIFY(!shell.iconForFile(entry).isNull());
+        QVERIFY(
+            shell.iconForFile(desktop().scratchPath() + QLatin1String("/none.desktop")).isNull());
+    }
+
+    void windowsThatRefuseFocusAreRaisedNotWaitedFor()
+    {
+        const xcb_window_t stubborn =
+            owner(QStringLiteral("Stubborn"), {QStringLiteral("noinput")});
+        const xcb_window_t other = owner(QStringLiteral("Other"), {QStringLiteral("name=o")});
+        QVERIFY(stubborn && other);
+        desktop().activate(other);
+        QVERIFY(eventually([&] { return desktop().activeWindow() == other; }));
+
+        QElapsedTimer timer;
+        timer.start();
+        const Pid pid = Pid(desktop().pidOf(stubborn));
+        m_windows->raise(m_windows->focusedWindowOf(pid));
+        m_workspace->activate(pid);
+        QVERIFY(timer.elapsed() < 50);
+        QVERIFY(eventually([&] { return desktop().stackingFrontFirst().value(0) == stubborn; }));
+        QCOMPARE(desktop().activeWindow(), other);
+    }
+};
+
+int main(int argc, char** argv)
+{
+    if (argc > 2 && qstrcmp(argv[1], "--windows") == 0) {
+        QStringList args;
+        for (int i = 2; i < argc; ++i)
+            args.append(QString::fromUtf8(argv[i]));
+        return runWindowOwner(args);
+    }
+    // The desktop comes first: the application connects to it.
+    XDesktop desktop;
+    if (!desktop.start()) {
+        qWarning("%s", qPrintable(desktop.error()));
+        return 1;
+    }
+    g_desktop = &desktop;
+    const QString data = desktop.scratchPath() + QLatin1String("/data");
+    QDir().mkpath(data + QLatin1String("/applications"));
+    QFile entry(data + QLatin1String("/applications/org.example.Alpha.desktop"));
+    if (entry.open(QIODevice::WriteOnly))
+        entry.write("[Desktop Entry]\nType=Application\nName=Alpha\nExec=true\n");
+    entry.close();
+    qputenv("XDG_DATA_HOME", data.toUtf8());
+    qputenv("DISPLAY", desktop.display().toLatin1());
+    qputenv("QT_QPA_PLATFORM", "xcb");
+    QGuiApplication app(argc, argv);
+    X11BackendTest test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "X11BackendTest.moc"

@@ -1,0 +1,116 @@
+// SPDX-License-Identifier: MIT
+#include "platform/x11/GioDesktopEntries.h"
+
+#include "platform/x11/GioInstalledAppSource.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QtTest>
+#include <thread>
+
+using namespace velkor;
+using namespace velkor::x11;
+
+// Desktop entries as GIO reads them from a private XDG_DATA_HOME and
+// XDG_DATA_DIRS, set before GIO's first look at the folders.
+class GioDesktopEntriesTest : public QObject
+{
+    Q_OBJECT
+
+    QTemporaryDir m_root;
+
+    QString home() const { return m_root.path() + QLatin1String("/home/applications"); }
+    QString system() const { return m_root.path() + QLatin1String("/system/applications"); }
+
+    static void write(const QString& path, const QByteArray& keys)
+    {
+        QDir().mkpath(QFileInfo(path).path());
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write("[Desktop Entry]\nType=Application\nExec=true\n" + keys);
+    }
+
+private slots:
+    void initTestCase()
+    {
+        QVERIFY(m_root.isValid());
+        qputenv("XDG_DATA_HOME", (m_root.path() + QLatin1String("/home")).toUtf8());
+        qputenv("XDG_DATA_DIRS", (m_root.path() + QLatin1String("/system")).toUtf8());
+        qputenv("XDG_CURRENT_DESKTOP", "GNOME");
+
+        write(home() + QLatin1String("/org.example.Alpha.desktop"), "Name=Alpha\n");
+        write(home() + QLatin1String("/quiet.desktop"), "Name=Quiet\nNoDisplay=true\n");
+        write(home() + QLatin1String("/gone.desktop"), "Name=Gone\nHidden=true\n");
+        write(home() + QLatin1String("/kdeonly.desktop"), "Name=Kde Only\nOnlyShowIn=KDE;\n");
+        write(home() + QLatin1String("/notgnome.desktop"), "Name=Not Gnome\nNotShowIn=GNOME;\n");
+        // A sub-folder makes a dashed desktop id.
+        write(home() + QLatin1String("/vendor/tool.desktop"),
+              "Name=Vendor Tool\nStartupWMClass=VendorWin\n");
+        // The user's entry shadows the system's entry of the same id.
+        write(home() + QLatin1String("/shadowed.desktop"), "Name=Mine\n");
+        write(system() + QLatin1String("/shadowed.desktop"), "Name=System\n");
+        write(system() + QLatin1String("/org.gnome.Calculator.desktop"),
+              "Name=Calculator\nStartupWMClass=gnome-calculator\n");
+        write(system() + QLatin1String("/xeyes.desktop"), "Name=Eyes\n");
+    }
+
+    void scanShowsWhatAMenuWouldShowFromAWorkerThread()
+    {
+        QList<InstalledApp> apps;
+        std::thread worker([&] { apps = GioInstalledAppSource().scan(); });
+        worker.join();
+
+        QMap<QString, QString> byId; // bundle id → name
+        for (const InstalledApp& app : apps) {
+            QVERIFY(app.bundleId && app.name);
+            QVERIFY2(QFile::exists(app.path), qPrintable(app.path));
+            QVERIFY(!byId.contains(*app.bundleId));
+            byId.insert(*app.bundleId, *app.name);
+        }
+        const QMap<QString, QString> expected = {
+            {QStringLiteral("org.example.Alpha"), QStringLiteral("Alpha")},
+            {QStringLiteral("vendor-tool"), QStringLiteral("Vendor Tool")},
+            {QStringLiteral("shadowed"), QStringLiteral("Mine")},
+            {QStringLiteral("org.gnome.Calculator"), QStringLiteral("Calculator")},
+            {QStringLiteral("xeyes"), QStringLiteral("Eyes")},
+        };
+        QCOMPARE(byId, expected);
+    }
+
+    void windowsFindTheirEntries()
+    {
+        GioDesktopEntries entries;
+        const auto name = [&](std::optional<QString> gtkId, const QString& cls,
+                              const QString& instance) {
+            const auto entry = entries.match(gtkId, cls, instance);
+            return entry ? entry->name + QLatin1Char('|') + entry->id : QStringLiteral("none");
+        };
+        // _GTK_APPLICATION_ID wins over everything else.
+        QCOMPARE(name(QStringLiteral("org.example.Alpha"), QStringLiteral("xeyes"),
+                      QStringLiteral("xeyes")),
+                 QStringLiteral("Alpha|org.example.Alpha"));
+        // StartupWMClass, by class or by instance name.
+        QCOMPARE(name(std::nullopt, QStringLiteral("VendorWin"), QStringLiteral("x")),
+                 QStringLiteral("Vendor Tool|vendor-tool"));
+        QCOMPARE(name(std::nullopt, QStringLiteral("Gnome-calculator"),
+                      QStringLiteral("gnome-calculator")),
+                 QStringLiteral("Calculator|org.gnome.Calculator"));
+        // Desktop id equal to the class, as written or lower-cased.
+        QCOMPARE(name(std::nullopt, QStringLiteral("XEyes"), QStringLiteral("xeyes")),
+                 QStringLiteral("Eyes|xeyes"));
+        // Entries hidden from menus still name their running windows.
+        QCOMPARE(name(std::nullopt, QStringLiteral("Quiet"), QStringLiteral("quiet")),
+                 QStringLiteral("Quiet|quiet"));
+        QCOMPARE(name(std::nullopt, QStringLiteral("Nothing"), QStringLiteral("nothing")),
+                 QStringLiteral("none"));
+
+        const auto byFile = GioDesktopEntries::byFile(home() + QLatin1String("/shadowed.desktop"));
+        QVERIFY(byFile);
+        QCOMPARE(byFile->name, QStringLiteral("Mine"));
+        QVERIFY(!GioDesktopEntries::byFile(m_root.path() + QLatin1String("/missing.desktop")));
+    }
+};
+
+QTEST_GUILESS_MAIN(GioDesktopEntriesTest)
+#include "GioDesktopEntriesTest.moc"
