@@ -3,7 +3,6 @@
 
 #include "overlay/OverlayPanel.h"
 
-#include <QPointer>
 #include <QWidget>
 
 class QPropertyAnimation;
