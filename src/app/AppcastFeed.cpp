@@ -58,7 +58,8 @@ bool readItem(QXmlStreamReader& reader, AppcastRelease& release)
         const bool sparkle = reader.namespaceUri() == SparkleNamespace;
         if (name == u"enclosure" && !sparkle) {
             const QXmlStreamAttributes attributes = reader.attributes();
-            release.downloadUrl = QUrl(attributes.value(QStringLiteral("url")).toString().trimmed());
+            release.downloadUrl =
+                QUrl(attributes.value(QStringLiteral("url")).toString().trimmed());
             if (release.version.isEmpty())
                 release.version = sparkleAttribute(attributes, QStringLiteral("version"));
             if (release.shortVersion.isEmpty())
