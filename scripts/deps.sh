@@ -12,7 +12,7 @@ packages=(
     libxcb-keysyms1-dev libxcb-xkb-dev libxcb-xinput-dev
     libxkbcommon-dev libxkbcommon-x11-dev libglib2.0-dev
     # run
-    fonts-league-spartan dbus-x11
+    fonts-league-spartan dbus-x11 dbus-daemon
     # the demo desktop and the end-to-end suite
     xvfb xauth openbox xterm x11-apps x11-utils x11-xserver-utils x11-xkb-utils xdotool wmctrl trayer procps
 )
@@ -40,4 +40,4 @@ fi
 echo "velkor: installing ${missing[*]}"
 export DEBIAN_FRONTEND=noninteractive
 "${sudo[@]}" apt-get update -qq
-"${sudo[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
+"${sudo[@]}" apt-get install -y -qq "${missing[@]}" >/dev/null

@@ -14,10 +14,14 @@ class AppCoordinator;
 class AppRegistry;
 class PermissionsManager;
 class Preferences;
+class ShellWindows;
+class StatusItemController;
+class StatusMenuModel;
 
 // Owns the long-lived parts of the running program and starts them in
-// order: platform, preferences, registry, coordinator, then the key
-// monitor and its watchdog once the platform says the program is trusted.
+// order: platform, preferences, registry, coordinator, the tray item, then
+// the key monitor and its watchdog once the platform says the program is
+// trusted (after the onboarding window when it is not yet).
 class AppDelegate final : public QObject
 {
     Q_OBJECT
@@ -27,8 +31,13 @@ public:
     explicit AppDelegate(std::unique_ptr<Platform> platform, QObject* parent = nullptr);
     ~AppDelegate() override;
 
-    // Runs once the application object exists. False when the program cannot
-    // work here; the reason has been written to the log.
+    // Becomes the one running Velkor of this session. False when another
+    // runs: it has been asked to show its settings and this one should exit.
+    bool claimSingleInstance();
+
+    // Runs once the application object exists: the tray item, then the key
+    // monitor when trusted, else the onboarding window. False when the
+    // program cannot work here; the reason has been written to the log.
     bool start();
 
     Platform& platform() { return *m_platform; }
@@ -36,20 +45,24 @@ public:
     AppRegistry& registry() { return *m_registry; }
     AppCoordinator& coordinator() { return *m_coordinator; }
     PermissionsManager& permissions() { return *m_permissions; }
+    ShellWindows& windows() { return *m_windows; }
 
 private:
     // Starts the key monitor and the watchdog; again after a later grant is
     // harmless.
     void startMonitoring();
-    // Where the onboarding window opens once the UI has one; until then the
-    // reason is logged and start-up gives up.
-    bool showPermissions();
+    // The onboarding callback: monitoring starts, the window closes.
+    void permissionGranted();
+    void installStatusItem();
 
     std::unique_ptr<Platform> m_platform;
     std::unique_ptr<Preferences> m_prefs;
     std::unique_ptr<AppRegistry> m_registry;
     std::unique_ptr<AppCoordinator> m_coordinator;
     std::unique_ptr<PermissionsManager> m_permissions;
+    std::unique_ptr<ShellWindows> m_windows;
+    std::unique_ptr<StatusMenuModel> m_menuModel;
+    std::unique_ptr<StatusItemController> m_statusItem;
     std::optional<Clock::TaskId> m_watchdog;
 };
 

@@ -22,6 +22,10 @@ int main(int argc, char** argv)
     velkor::quitOnTerminationSignals();
 
     velkor::AppDelegate delegate(velkor::createPlatform());
+    // A second start hands over to the running Velkor, which shows its
+    // settings window.
+    if (!delegate.claimSingleInstance())
+        return 0;
     if (!delegate.start())
         return 2;
     return QApplication::exec();

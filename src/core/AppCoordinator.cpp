@@ -40,7 +40,9 @@ AppCoordinator::~AppCoordinator()
     m_overlay.model().onActivate = nullptr;
 }
 
-void AppCoordinator::beginSession()
+// What a session starts from and returns to. secondaryDown follows the key
+// itself, and the same-app cache outlives sessions on purpose.
+void AppCoordinator::resetSessionState()
 {
     m_mode = Mode::hint;
     m_windowMode = false;
@@ -49,6 +51,11 @@ void AppCoordinator::beginSession()
     m_query.clear();
     m_cycleLetter.reset();
     m_cycleIndex = 0;
+}
+
+void AppCoordinator::beginSession()
+{
+    resetSessionState();
     m_registry.refreshRunning();
     refreshOverlay();
     m_overlay.scheduleShow();
@@ -57,13 +64,7 @@ void AppCoordinator::beginSession()
 void AppCoordinator::endSession()
 {
     m_overlay.hide();
-    m_mode = Mode::hint;
-    m_windowMode = false;
-    m_isCommandTab = false;
-    m_pendingLetterCommit = false;
-    m_query.clear();
-    m_cycleLetter.reset();
-    m_cycleIndex = 0;
+    resetSessionState();
     m_currentWindows.clear();
 }
 

@@ -79,6 +79,7 @@ private:
     };
 
     // Letter switching and commits (AppCoordinator.cpp).
+    void resetSessionState();
     void pressLetter(const QString& letter, bool firstPress);
     void commitPendingLetter();
     void refreshOverlay();

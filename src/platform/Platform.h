@@ -5,6 +5,7 @@
 #include "platform/InstalledAppSource.h"
 #include "platform/KeySource.h"
 #include "platform/ShellIntegration.h"
+#include "platform/SingleInstance.h"
 #include "platform/SpaceSystem.h"
 #include "platform/SystemServices.h"
 #include "platform/WindowSystem.h"
@@ -28,6 +29,8 @@ struct Platform
     std::unique_ptr<LoginItem> loginItem;
     std::unique_ptr<Updater> updater;
     std::unique_ptr<ShellIntegration> shell;
+    // Absent where the system itself keeps one copy running (macOS).
+    std::unique_ptr<SingleInstance> singleInstance;
 };
 
 // The backend for the running Qt platform plugin ("xcb" → X11, macOS → mac,

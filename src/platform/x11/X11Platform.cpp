@@ -2,7 +2,9 @@
 #include "platform/NativePlatform.h"
 #include "platform/NullPlatform.h"
 #include "platform/QtClock.h"
+#include "platform/x11/DBusSingleInstance.h"
 #include "platform/x11/GioInstalledAppSource.h"
+#include "platform/x11/LinuxAppcastUpdater.h"
 #include "platform/x11/X11Connection.h"
 #include "platform/x11/X11KeySource.h"
 #include "platform/x11/X11ShellIntegration.h"
@@ -11,6 +13,7 @@
 #include "platform/x11/X11WindowCache.h"
 #include "platform/x11/X11WindowSystem.h"
 #include "platform/x11/X11Workspace.h"
+#include "platform/x11/XdgAutostartLoginItem.h"
 
 #include <QCoreApplication>
 
@@ -38,8 +41,11 @@ std::unique_ptr<Platform> createNativePlatform(const QString& qtPlatformName)
     platform->spaces = std::make_unique<X11SpaceSystem>(cache);
     platform->installedApps = std::make_unique<GioInstalledAppSource>();
     platform->trust = std::make_unique<X11TrustCheck>(connection);
-    platform->loginItem = std::make_unique<NullLoginItem>();
-    platform->updater = std::make_unique<NullUpdater>();
+    platform->loginItem =
+        std::make_unique<XdgAutostartLoginItem>(QCoreApplication::applicationFilePath());
+    platform->updater = std::make_unique<LinuxAppcastUpdater>(
+        QUrl(QStringLiteral(VELKOR_UPDATE_FEED_URL)), QStringLiteral(VELKOR_VERSION));
+    platform->singleInstance = std::make_unique<DBusSingleInstance>();
     platform->shell = std::make_unique<X11ShellIntegration>(connection);
     return platform;
 }

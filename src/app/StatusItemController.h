@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QObject>
+#include <memory>
+
+class QMenu;
+class QSystemTrayIcon;
+
+namespace velkor {
+
+class StatusMenuModel;
+
+// The tray (menu-bar) item and its menu. The menu object stays the same for
+// the item's life; its entries are rebuilt from the model each time it opens,
+// so the first line shows the current permission state.
+class StatusItemController : public QObject
+{
+    Q_OBJECT
+public:
+    explicit StatusItemController(StatusMenuModel& model, QObject* parent = nullptr);
+    ~StatusItemController() override;
+
+    // Creates the tray item with its icon, tool tip and menu, and shows it.
+    void install();
+
+    QMenu& menu() const { return *m_menu; }
+    // Null until install().
+    QSystemTrayIcon* trayIcon() const { return m_tray; }
+
+private:
+    void rebuildMenu();
+
+    StatusMenuModel& m_model;
+    std::unique_ptr<QMenu> m_menu;
+    QSystemTrayIcon* m_tray = nullptr;
+};
+
+} // namespace velkor

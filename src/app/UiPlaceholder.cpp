@@ -1,2 +1,0 @@
-// SPDX-License-Identifier: MIT
-// Keeps the widget library non-empty until its first real source lands.

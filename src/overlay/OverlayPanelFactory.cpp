@@ -1,0 +1,15 @@
+// SPDX-License-Identifier: MIT
+#include "overlay/OverlayPanelFactory.h"
+
+#include "overlay/OverlayWindow.h"
+
+namespace velkor {
+
+OverlayController::PanelFactory makeOverlayPanelFactory(ShellIntegration& shell, Preferences& prefs)
+{
+    return [&shell, &prefs](OverlayModel& model) -> std::unique_ptr<OverlayPanel> {
+        return std::make_unique<OverlayWindow>(model, prefs, shell);
+    };
+}
+
+} // namespace velkor

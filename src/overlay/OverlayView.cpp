@@ -1,0 +1,371 @@
+// SPDX-License-Identifier: MIT
+#include "overlay/OverlayView.h"
+
+#include "overlay/OverlayFonts.h"
+#include "overlay/OverlayModel.h"
+#include "overlay/OverlayShadow.h"
+#include "overlay/Theme.h"
+#include "platform/ShellIntegration.h"
+#include "settings/Preferences.h"
+
+#include <QFontMetricsF>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QPainterPath>
+#include <algorithm>
+#include <cmath>
+
+namespace velkor {
+
+namespace {
+
+constexpr int TitlePixels = 19;
+constexpr int SecondaryPixels = 12;
+constexpr int BadgePixels = 16;
+constexpr int QueryPixels = 14;
+constexpr int TilePixels = 20;
+constexpr double TileRadius = 10;
+constexpr double ChipRadius = 9;
+constexpr double QueryChipPadding = 9;
+constexpr double BadgeChipPadding = 8;
+constexpr double TextLineGap = 1;
+constexpr int ShadowBlur = 14;
+constexpr int ShadowOffsetY = 5;
+constexpr double ShadowAlpha = 0.28;
+// With blur behind, the tint lets the blurred desktop show through.
+constexpr double BlurTintAlpha = 0.6;
+
+QColor withAlpha(QColor color, double alpha)
+{
+    color.setAlphaF(float(alpha));
+    return color;
+}
+
+QColor windowColor(bool light)
+{
+    return light ? QColor(236, 236, 236) : QColor(44, 44, 46);
+}
+
+QColor labelColor(bool light)
+{
+    return light ? QColor(0, 0, 0, 217) : QColor(255, 255, 255, 230);
+}
+
+QPainterPath capsulePath(const QRectF& rect)
+{
+    QPainterPath path;
+    const double radius = rect.height() / 2;
+    path.addRoundedRect(rect, radius, radius);
+    return path;
+}
+
+QFont chipFont(const OverlayChip& chip)
+{
+    return chip.monospaced ? OverlayFonts::monospaced(QueryPixels)
+                           : OverlayFonts::title(BadgePixels);
+}
+
+} // namespace
+
+OverlayView::OverlayView(OverlayModel& model, Preferences& prefs, ShellIntegration& shell,
+                         QWidget* parent)
+    : QWidget(parent), m_model(model), m_prefs(prefs), m_shell(shell),
+      m_content(OverlayContent::of(model))
+{
+    setAttribute(Qt::WA_TranslucentBackground);
+    setMouseTracking(true);
+    connect(&m_model, &OverlayModel::changed, this, &OverlayView::contentChanged);
+    connect(&m_prefs, &Preferences::changed, this, [this] { update(); });
+}
+
+void OverlayView::contentChanged()
+{
+    m_content = OverlayContent::of(m_model);
+    updateGeometry();
+    update();
+    emit pillGeometryChanged();
+}
+
+bool OverlayView::isLight() const
+{
+    return Theme::isLight(m_prefs.theme(), Theme::systemIsLight());
+}
+
+QColor OverlayView::accent() const
+{
+    return Theme::readableAccent(m_prefs.accentHex(), isLight());
+}
+
+bool OverlayView::blurActive() const
+{
+    return m_prefs.blurEnabled() && m_shell.canBlurBehind();
+}
+
+double OverlayView::textColumnWidth() const
+{
+    double width =
+        QFontMetricsF(OverlayFonts::title(TitlePixels)).horizontalAdvance(m_content.primary);
+    if (m_content.secondary) {
+        const QFontMetricsF metrics(OverlayFonts::system(SecondaryPixels, QFont::Normal));
+        width = std::max(width, metrics.horizontalAdvance(*m_content.secondary));
+    }
+    return std::ceil(width);
+}
+
+double OverlayView::textColumnHeight() const
+{
+    double height = QFontMetricsF(OverlayFonts::title(TitlePixels)).height();
+    if (m_content.secondary)
+        height += TextLineGap +
+                  QFontMetricsF(OverlayFonts::system(SecondaryPixels, QFont::Normal)).height();
+    return std::ceil(height);
+}
+
+QSizeF OverlayView::chipSize() const
+{
+    if (!m_content.chip)
+        return {};
+    const OverlayChip& chip = *m_content.chip;
+    const double padding = chip.monospaced ? QueryChipPadding : BadgeChipPadding;
+    const double text = QFontMetricsF(chipFont(chip)).horizontalAdvance(chip.text);
+    return {std::max<double>(ChipMinWidth, std::ceil(text + 2 * padding)), ChipHeight};
+}
+
+QSizeF OverlayView::naturalPillSize() const
+{
+    double width = PillPaddingX + IconSize + PillSpacing + textColumnWidth() + PillPaddingX;
+    double inner = std::max<double>(IconSize, textColumnHeight());
+    if (m_content.chip) {
+        width += PillSpacing + ChipLeading + chipSize().width();
+        inner = std::max<double>(inner, ChipHeight);
+    }
+    return {std::max<double>(width, PillMinWidth), inner + 2 * PillPaddingY};
+}
+
+QSize OverlayView::sizeHint() const
+{
+    const QSizeF pill = naturalPillSize();
+    double width = pill.width();
+    double height = pill.height();
+    if (m_content.dotCount > 0) {
+        const int n = m_content.dotCount;
+        width = std::max<double>(width, n * DotSize + (n - 1) * DotSpacing);
+        height += StackSpacing + DotSize;
+    }
+    return {int(std::ceil(width)) + 2 * Padding, int(std::ceil(height)) + 2 * Padding};
+}
+
+OverlayView::Geometry OverlayView::geometryFor(const QSize& size) const
+{
+    Geometry g;
+    const QSizeF natural = naturalPillSize();
+    const double available = std::max<double>(0, size.width() - 2 * Padding);
+    const double pillWidth = std::min(natural.width(), std::max<double>(available, 0));
+    const double dotsHeight = m_content.dotCount > 0 ? StackSpacing + DotSize : 0;
+    // The pill and dots sit centred as one block, as the size hint laid them out.
+    const double blockTop = (size.height() - natural.height() - dotsHeight) / 2;
+    g.pill = QRectF((size.width() - pillWidth) / 2, std::max<double>(blockTop, 0), pillWidth,
+                    natural.height());
+
+    // Content centred within a pill wider than it (the minimum width).
+    const QSizeF chip = chipSize();
+    double contentWidth = IconSize + PillSpacing + textColumnWidth();
+    if (m_content.chip)
+        contentWidth += PillSpacing + ChipLeading + chip.width();
+    const double inner = pillWidth - 2 * PillPaddingX;
+    double x = g.pill.left() + PillPaddingX + std::max(0.0, (inner - contentWidth) / 2);
+    const double midY = g.pill.center().y();
+
+    g.icon = QRectF(x, midY - IconSize / 2.0, IconSize, IconSize);
+    x += IconSize + PillSpacing;
+
+    // A pill narrower than its content (a panel not yet laid out again)
+    // squeezes the texts, which are then elided.
+    const double chipSpace = m_content.chip ? PillSpacing + ChipLeading + chip.width() : 0;
+    const double textWidth = std::max(0.0, g.pill.right() - PillPaddingX - chipSpace - x);
+    const double columnHeight = textColumnHeight();
+    const double titleHeight = QFontMetricsF(OverlayFonts::title(TitlePixels)).height();
+    const double top = midY - columnHeight / 2;
+    g.primary = QRectF(x, top, textWidth, titleHeight);
+    if (m_content.secondary)
+        g.secondary = QRectF(x, top + titleHeight + TextLineGap, textWidth,
+                             columnHeight - titleHeight - TextLineGap);
+    x += textWidth;
+
+    if (m_content.chip)
+        g.chip = QRectF(x + PillSpacing + ChipLeading, midY - chip.height() / 2, chip.width(),
+                        chip.height());
+
+    const int n = m_content.dotCount;
+    const double dotsWidth = n * DotSize + (n - 1) * DotSpacing;
+    double dotX = (size.width() - dotsWidth) / 2;
+    const double dotY = g.pill.bottom() + StackSpacing;
+    for (int i = 0; i < n; ++i) {
+        g.dots.append(QRectF(dotX, dotY, DotSize, DotSize));
+        dotX += DotSize + DotSpacing;
+    }
+    return g;
+}
+
+QRectF OverlayView::pillRect() const
+{
+    return geometryFor(size()).pill;
+}
+
+QRectF OverlayView::chipRect() const
+{
+    return geometryFor(size()).chip;
+}
+
+QList<QRectF> OverlayView::dotRects() const
+{
+    return geometryFor(size()).dots;
+}
+
+void OverlayView::resizeEvent(QResizeEvent* event)
+{
+    QWidget::resizeEvent(event);
+    emit pillGeometryChanged();
+}
+
+void OverlayView::paintEvent(QPaintEvent*)
+{
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setRenderHint(QPainter::TextAntialiasing);
+    painter.setRenderHint(QPainter::SmoothPixmapTransform);
+
+    const Geometry g = geometryFor(size());
+    paintShadow(painter, g.pill);
+
+    painter.save();
+    painter.setClipPath(capsulePath(g.pill));
+    paintBackground(painter, g.pill);
+    paintIcon(painter, g.icon);
+    paintTexts(painter, g);
+    if (m_content.chip)
+        paintChip(painter, g.chip);
+    painter.restore();
+
+    // The border is stroked inside the capsule's edge.
+    painter.setPen(QPen(QColor(255, 255, 255, 26), 1));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawPath(capsulePath(g.pill.adjusted(0.5, 0.5, -0.5, -0.5)));
+
+    paintDots(painter, g.dots);
+}
+
+void OverlayView::paintShadow(QPainter& painter, const QRectF& pill)
+{
+    const QSize size = pill.size().toSize();
+    if (m_shadowSize != size) {
+        m_shadow =
+            OverlayShadow::capsule(size, ShadowBlur, QColor(0, 0, 0, int(255 * ShadowAlpha)));
+        m_shadowSize = size;
+    }
+    const int margin = OverlayShadow::margin(ShadowBlur);
+    painter.drawImage(QPointF(pill.left() - margin, pill.top() - margin + ShadowOffsetY), m_shadow);
+}
+
+void OverlayView::paintBackground(QPainter& painter, const QRectF& pill) const
+{
+    const bool light = isLight();
+    const double alpha = blurActive() ? BlurTintAlpha : SolidBackgroundAlpha;
+    // The shadow lies under the pill; clear it first so a see-through tint
+    // shows the blurred desktop rather than a darkened one.
+    painter.setCompositionMode(QPainter::CompositionMode_Source);
+    painter.fillRect(pill, withAlpha(windowColor(light), alpha));
+    painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
+}
+
+void OverlayView::paintIcon(QPainter& painter, const QRectF& frame) const
+{
+    if (m_content.iconPath) {
+        const QIcon icon = m_shell.iconForFile(*m_content.iconPath);
+        if (!icon.isNull()) {
+            const qreal dpr = devicePixelRatioF();
+            const QPixmap pixmap = icon.pixmap(QSize(IconSize, IconSize), dpr);
+            painter.drawPixmap(frame, pixmap, QRectF(QPointF(0, 0), pixmap.size()));
+            return;
+        }
+    }
+    const QColor accentColor = accent();
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(withAlpha(accentColor, 0.18));
+    painter.drawRoundedRect(frame, TileRadius, TileRadius);
+    painter.setPen(accentColor);
+    painter.setFont(OverlayFonts::system(TilePixels, QFont::Medium));
+    painter.drawText(frame, Qt::AlignCenter, QStringLiteral("⌘"));
+}
+
+void OverlayView::paintTexts(QPainter& painter, const Geometry& g) const
+{
+    const QColor label = labelColor(isLight());
+    const QFont titleFont = OverlayFonts::title(TitlePixels);
+    painter.setFont(titleFont);
+    painter.setPen(label);
+    const QString primary =
+        QFontMetricsF(titleFont).elidedText(m_content.primary, Qt::ElideRight, g.primary.width());
+    painter.drawText(g.primary, Qt::AlignLeft | Qt::AlignVCenter, primary);
+
+    if (m_content.secondary && !m_content.secondary->isEmpty()) {
+        const QFont font = OverlayFonts::system(SecondaryPixels, QFont::Normal);
+        painter.setFont(font);
+        painter.setPen(withAlpha(label, 0.6));
+        const QString secondary = QFontMetricsF(font).elidedText(
+            *m_content.secondary, Qt::ElideRight, g.secondary.width());
+        painter.drawText(g.secondary, Qt::AlignLeft | Qt::AlignVCenter, secondary);
+    }
+}
+
+void OverlayView::paintChip(QPainter& painter, const QRectF& frame) const
+{
+    const QColor accentColor = accent();
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(withAlpha(accentColor, 0.2));
+    painter.drawRoundedRect(frame, ChipRadius, ChipRadius);
+    painter.setPen(QPen(withAlpha(accentColor, 0.5), 1));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawRoundedRect(frame.adjusted(0.5, 0.5, -0.5, -0.5), ChipRadius - 0.5,
+                            ChipRadius - 0.5);
+    painter.setPen(accentColor);
+    painter.setFont(chipFont(*m_content.chip));
+    painter.drawText(frame, Qt::AlignCenter, m_content.chip->text);
+}
+
+void OverlayView::paintDots(QPainter& painter, const QList<QRectF>& dots) const
+{
+    const QColor accentColor = accent();
+    const QColor other = withAlpha(labelColor(isLight()), 0.25);
+    painter.setPen(Qt::NoPen);
+    for (int i = 0; i < dots.size(); ++i) {
+        painter.setBrush(i == m_content.selectedDot ? accentColor : other);
+        painter.drawEllipse(dots[i]);
+    }
+}
+
+void OverlayView::mouseMoveEvent(QMouseEvent* event)
+{
+    const QList<QRectF> dots = dotRects();
+    for (int i = 0; i < dots.size(); ++i) {
+        // A little slack: the dots are small targets.
+        if (dots[i].adjusted(-3, -3, 3, 3).contains(event->position())) {
+            if (i != m_model.selection() && m_model.onHover)
+                m_model.onHover(i);
+            return;
+        }
+    }
+}
+
+void OverlayView::mouseReleaseEvent(QMouseEvent* event)
+{
+    if (event->button() != Qt::LeftButton)
+        return;
+    if (!capsulePath(pillRect()).contains(event->position()))
+        return;
+    // The callback may end the session and change the model; call a copy.
+    if (auto activate = m_model.onActivate)
+        activate(m_model.selection());
+}
+
+} // namespace velkor

@@ -1,0 +1,99 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "overlay/OverlayContent.h"
+
+#include <QImage>
+#include <QList>
+#include <QRectF>
+#include <QWidget>
+
+namespace velkor {
+
+class OverlayModel;
+class Preferences;
+class ShellIntegration;
+
+// The overlay's drawing: one capsule pill with the selected candidate (icon,
+// texts, chip) and under it one dot per candidate. Redraws on every change of
+// the model or the preferences; its size hint is its natural size, padding for
+// the shadow included, so the panel can size itself from it.
+class OverlayView : public QWidget
+{
+    Q_OBJECT
+public:
+    static constexpr int Padding = 34; // transparent room for the shadow
+    static constexpr int StackSpacing = 9;
+    static constexpr int PillPaddingX = 16;
+    static constexpr int PillPaddingY = 12;
+    static constexpr int PillSpacing = 12;
+    static constexpr int PillMinWidth = 200;
+    static constexpr int IconSize = 42;
+    static constexpr int ChipMinWidth = 34;
+    static constexpr int ChipHeight = 32;
+    static constexpr int ChipLeading = 4;
+    static constexpr int DotSize = 6;
+    static constexpr int DotSpacing = 6;
+    static constexpr double SolidBackgroundAlpha = 0.95;
+
+    OverlayView(OverlayModel& model, Preferences& prefs, ShellIntegration& shell,
+                QWidget* parent = nullptr);
+
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override { return sizeHint(); }
+
+    // Where things are drawn at the current size, in widget coordinates.
+    QRectF pillRect() const;
+    QRectF chipRect() const;
+    QList<QRectF> dotRects() const;
+
+    bool isLight() const;
+    QColor accent() const;
+    // Whether the platform blurs behind the pill (the setting is on and the
+    // platform can); otherwise the pill is filled almost opaquely.
+    bool blurActive() const;
+
+signals:
+    // The pill moved or changed size: the window updates its blur area.
+    void pillGeometryChanged();
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+
+private:
+    struct Geometry
+    {
+        QRectF pill;
+        QRectF icon;
+        QRectF primary;
+        QRectF secondary;
+        QRectF chip;
+        QList<QRectF> dots;
+    };
+
+    void contentChanged();
+    QSizeF naturalPillSize() const;
+    double textColumnWidth() const;
+    double textColumnHeight() const;
+    QSizeF chipSize() const;
+    Geometry geometryFor(const QSize& size) const;
+
+    void paintShadow(QPainter& painter, const QRectF& pill);
+    void paintBackground(QPainter& painter, const QRectF& pill) const;
+    void paintIcon(QPainter& painter, const QRectF& frame) const;
+    void paintTexts(QPainter& painter, const Geometry& geometry) const;
+    void paintChip(QPainter& painter, const QRectF& frame) const;
+    void paintDots(QPainter& painter, const QList<QRectF>& dots) const;
+
+    OverlayModel& m_model;
+    Preferences& m_prefs;
+    ShellIntegration& m_shell;
+    OverlayContent m_content;
+    QImage m_shadow; // cached for m_shadowSize
+    QSize m_shadowSize;
+};
+
+} // namespace velkor

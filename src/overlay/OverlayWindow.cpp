@@ -1,0 +1,118 @@
+// SPDX-License-Identifier: MIT
+#include "overlay/OverlayWindow.h"
+
+#include "overlay/OverlayView.h"
+#include "platform/ShellIntegration.h"
+#include "settings/Preferences.h"
+
+#include <QCursor>
+#include <QEasingCurve>
+#include <QGuiApplication>
+#include <QPropertyAnimation>
+#include <QScreen>
+#include <QVBoxLayout>
+#include <QWindow>
+
+namespace velkor {
+
+OverlayWindow::OverlayWindow(OverlayModel& model, Preferences& prefs, ShellIntegration& shell)
+    : QWidget(nullptr, Qt::Window | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint |
+                           Qt::WindowDoesNotAcceptFocus | Qt::NoDropShadowWindowHint),
+      m_prefs(prefs), m_shell(shell), m_view(new OverlayView(model, prefs, shell, this)),
+      m_fade(new QPropertyAnimation(this, "windowOpacity", this))
+{
+    setAttribute(Qt::WA_TranslucentBackground);
+    setAttribute(Qt::WA_ShowWithoutActivating);
+    setFocusPolicy(Qt::NoFocus);
+    setWindowTitle(QStringLiteral("Velkor overlay"));
+
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(m_view);
+    layout->setSizeConstraint(QLayout::SetNoConstraint);
+
+    m_fade->setEasingCurve(QEasingCurve::OutCubic);
+    m_fade->setStartValue(0.0);
+    m_fade->setEndValue(1.0);
+
+    // The native window must exist before the platform can make it an overlay.
+    create();
+    m_shell.prepareOverlayWindow(windowHandle());
+
+    connect(m_view, &OverlayView::pillGeometryChanged, this, &OverlayWindow::updateBlur);
+    connect(&m_prefs, &Preferences::blurEnabledChanged, this, &OverlayWindow::updateBlur);
+}
+
+OverlayWindow::~OverlayWindow() = default;
+
+bool OverlayWindow::isVisible() const
+{
+    return QWidget::isVisible();
+}
+
+std::optional<QSizeF> OverlayWindow::fittingSize()
+{
+    ensurePolished();
+    return QSizeF(m_view->sizeHint());
+}
+
+std::optional<QRectF> OverlayWindow::mainScreenArea() const
+{
+    // The pointer is the best portable hint of where the user works; the
+    // focused window is usually under or near it.
+    QScreen* screen = QGuiApplication::screenAt(QCursor::pos());
+    if (!screen)
+        screen = QGuiApplication::primaryScreen();
+    if (!screen)
+        return std::nullopt;
+    return QRectF(screen->availableGeometry());
+}
+
+void OverlayWindow::setFrame(const QRectF& frame)
+{
+    // Whole pixels: the origin rounded, the size kept.
+    setGeometry(QRect(frame.topLeft().toPoint(), frame.size().toSize()));
+    updateBlur();
+    if (isVisible())
+        repaint();
+}
+
+void OverlayWindow::orderFront()
+{
+    if (!isVisible())
+        show();
+    raise();
+}
+
+void OverlayWindow::fadeIn(double seconds)
+{
+    m_fade->stop();
+    setWindowOpacity(0.0);
+    show();
+    raise();
+    m_fade->setDuration(int(seconds * 1000));
+    m_fade->start();
+}
+
+void OverlayWindow::orderOut()
+{
+    m_fade->stop();
+    hide();
+}
+
+bool OverlayWindow::isFading() const
+{
+    return m_fade->state() == QAbstractAnimation::Running;
+}
+
+void OverlayWindow::updateBlur()
+{
+    if (!windowHandle())
+        return;
+    if (m_view->blurActive())
+        m_shell.setBlurBehind(windowHandle(), m_view->pillRect(), m_view->pillRect().height() / 2);
+    else
+        m_shell.setBlurBehind(windowHandle(), {}, 0);
+}
+
+} // namespace velkor

@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "overlay/OverlayPanel.h"
+
+#include <QWidget>
+
+class QPropertyAnimation;
+
+namespace velkor {
+
+class OverlayModel;
+class OverlayView;
+class Preferences;
+class ShellIntegration;
+
+// The floating window that holds the overlay view: frameless, translucent,
+// above other windows, and never focused, so the app the user works in keeps
+// the keyboard while it shows. The platform's own touches (window type,
+// every-desktop presence, blur) come from the shell integration.
+class OverlayWindow final : public QWidget, public OverlayPanel
+{
+    Q_OBJECT
+public:
+    OverlayWindow(OverlayModel& model, Preferences& prefs, ShellIntegration& shell);
+    ~OverlayWindow() override;
+
+    OverlayView& view() const { return *m_view; }
+
+    bool isVisible() const override;
+    std::optional<QSizeF> fittingSize() override;
+    std::optional<QRectF> mainScreenArea() const override;
+    void setFrame(const QRectF& frame) override;
+    void orderFront() override;
+    void fadeIn(double seconds) override;
+    void orderOut() override;
+
+    // Whether a fade-in is still running.
+    bool isFading() const;
+
+private:
+    void updateBlur();
+
+    Preferences& m_prefs;
+    ShellIntegration& m_shell;
+    OverlayView* m_view;
+    QPropertyAnimation* m_fade;
+};
+
+} // namespace velkor

@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QWidget>
+
+class QCheckBox;
+class QComboBox;
+
+namespace velkor {
+
+class Preferences;
+
+// When the switch happens, the window shortcuts, Spaces and pointer focus.
+class BehaviourPane : public QWidget
+{
+    Q_OBJECT
+public:
+    explicit BehaviourPane(Preferences& prefs, QWidget* parent = nullptr);
+
+    QCheckBox& switchOnRelease() const { return *m_switchOnRelease; }
+    QCheckBox& cmdBacktickCycle() const { return *m_cmdBacktickCycle; }
+    QCheckBox& replaceCommandTab() const { return *m_replaceCommandTab; }
+    QComboBox& spaceMode() const { return *m_spaceMode; }
+    QCheckBox& mouseFollowsFocus() const { return *m_mouseFollowsFocus; }
+
+private:
+    void showPreferences();
+
+    Preferences& m_prefs;
+    QCheckBox* m_switchOnRelease;
+    QCheckBox* m_cmdBacktickCycle;
+    QCheckBox* m_replaceCommandTab;
+    QComboBox* m_spaceMode;
+    QCheckBox* m_mouseFollowsFocus;
+};
+
+} // namespace velkor

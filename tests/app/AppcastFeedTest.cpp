@@ -1,0 +1,132 @@
+// SPDX-License-Identifier: MIT
+#include "app/AppcastFeed.h"
+
+#include <QFile>
+#include <QtTest>
+
+using namespace velkor;
+
+namespace {
+
+QByteArray fixture(const char* name)
+{
+    QFile file(QStringLiteral(VELKOR_APPCAST_FIXTURES "/") + QString::fromLatin1(name));
+    if (!file.open(QIODevice::ReadOnly))
+        qFatal("missing fixture %s", name);
+    return file.readAll();
+}
+
+} // namespace
+
+class AppcastFeedTest : public QObject
+{
+    Q_OBJECT
+private slots:
+    void versionsCompareByParts_data();
+    void versionsCompareByParts();
+    void readsItemsFromElementsAndEnclosure();
+    void newestSkipsOtherSystems();
+    void rejectsWhatIsNotAnAppcast();
+    void judgesTheFeedAgainstThisBuild();
+};
+
+void AppcastFeedTest::versionsCompareByParts_data()
+{
+    QTest::addColumn<QString>("older");
+    QTest::addColumn<QString>("newer");
+    QTest::newRow("numbers, not text") << "0.9.0"
+                                       << "0.10.0";
+    QTest::newRow("longer with a part") << "1.0"
+                                        << "1.0.1";
+    QTest::newRow("pre-release before release") << "1.0b2"
+                                                << "1.0";
+    QTest::newRow("pre-releases in order") << "1.0b2"
+                                           << "1.0b10";
+    QTest::newRow("alpha before beta") << "2.0a3"
+                                       << "2.0b1";
+    QTest::newRow("pre-release after the one before") << "1.0.1"
+                                                      << "1.1b1";
+    QTest::newRow("build numbers") << "99"
+                                   << "100";
+}
+
+void AppcastFeedTest::versionsCompareByParts()
+{
+    QFETCH(QString, older);
+    QFETCH(QString, newer);
+    QVERIFY(AppcastFeed::compareVersions(older, newer) < 0);
+    QVERIFY(AppcastFeed::compareVersions(newer, older) > 0);
+    QCOMPARE(AppcastFeed::compareVersions(newer, newer), 0);
+    // Trailing zeros and separators do not make a version newer.
+    QCOMPARE(AppcastFeed::compareVersions("1.0", "1.0.0"), 0);
+    QCOMPARE(AppcastFeed::compareVersions("1-2", "1.2"), 0);
+}
+
+void AppcastFeedTest::readsItemsFromElementsAndEnclosure()
+{
+    const auto releases = AppcastFeed::parse(fixture("newer.xml"));
+    QVERIFY(releases);
+    QCOMPARE(releases->size(), 3);
+    const AppcastRelease& first = releases->at(0);
+    QCOMPARE(first.title, QStringLiteral("Version 0.9.0"));
+    QCOMPARE(first.version, QStringLiteral("90"));
+    QCOMPARE(first.shortVersion, QStringLiteral("0.9.0"));
+    QCOMPARE(first.downloadUrl, QUrl("https://velkor.example/velkor-0.9.0.tar.gz"));
+    QVERIFY(first.os.isEmpty());
+    // Versions given only on the enclosure; the item's link as its notes.
+    const AppcastRelease& second = releases->at(1);
+    QCOMPARE(second.version, QStringLiteral("100"));
+    QCOMPARE(second.shortVersion, QStringLiteral("0.10.0"));
+    QCOMPARE(second.os, QStringLiteral("linux"));
+    QCOMPARE(second.releaseNotesUrl, QUrl("https://velkor.example/notes/0.10.0"));
+    QCOMPARE(releases->at(2).releaseNotesUrl, QUrl("https://velkor.example/notes/2.0.0"));
+
+    // A channel with no items is a valid, empty feed.
+    const auto empty = AppcastFeed::parse("<rss><channel><title>x</title></channel></rss>");
+    QVERIFY(empty);
+    QVERIFY(empty->isEmpty());
+}
+
+void AppcastFeedTest::newestSkipsOtherSystems()
+{
+    const auto releases = AppcastFeed::parse(fixture("newer.xml"));
+    QVERIFY(releases);
+    QCOMPARE(AppcastFeed::newest(*releases, "linux")->shortVersion, QStringLiteral("0.10.0"));
+    QCOMPARE(AppcastFeed::newest(*releases, "macos")->shortVersion, QStringLiteral("2.0.0"));
+    QCOMPARE(AppcastFeed::newest(*releases, "windows")->shortVersion, QStringLiteral("0.9.0"));
+    QVERIFY(!AppcastFeed::newest({}, "linux"));
+}
+
+void AppcastFeedTest::rejectsWhatIsNotAnAppcast()
+{
+    QVERIFY(!AppcastFeed::parse(fixture("malformed.xml")));
+    QVERIFY(!AppcastFeed::parse(QByteArray()));
+    QVERIFY(!AppcastFeed::parse("<html><body>Not found</body></html>"));
+    QVERIFY(!AppcastFeed::parse("<rss></rss>"));
+    // An item that names no version cannot be compared.
+    QVERIFY(!AppcastFeed::parse("<rss><channel><item><title>x</title></item></channel></rss>"));
+    // Truncated in transit.
+    QVERIFY(!AppcastFeed::parse(fixture("newer.xml").left(600)));
+}
+
+void AppcastFeedTest::judgesTheFeedAgainstThisBuild()
+{
+    using Outcome = UpdateCheckResult::Outcome;
+    UpdateCheckResult result = UpdateCheckResult::fromFeed(fixture("newer.xml"), "0.1.0", "linux");
+    QCOMPARE(result.outcome, Outcome::updateAvailable);
+    QCOMPARE(result.release->shortVersion, QStringLiteral("0.10.0"));
+    QVERIFY(result.message().contains(QStringLiteral("0.10.0")));
+    QVERIFY(result.message().contains(QStringLiteral("0.1.0")));
+
+    // The same version, and a beta of it, are not updates.
+    result = UpdateCheckResult::fromFeed(fixture("same.xml"), "0.1.0", "linux");
+    QCOMPARE(result.outcome, Outcome::upToDate);
+    QCOMPARE(result.title(), QStringLiteral("You're up to date"));
+
+    // This build newer than the feed (a developer build): up to date too.
+    result = UpdateCheckResult::fromFeed(fixture("newer.xml"), "1.0.0", "linux");
+    QCOMPARE(result.outcome, Outcome::upToDate);
+}
+
+QTEST_GUILESS_MAIN(AppcastFeedTest)
+#include "AppcastFeedTest.moc"

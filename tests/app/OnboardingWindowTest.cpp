@@ -1,0 +1,88 @@
+// SPDX-License-Identifier: MIT
+#include "app/OnboardingWindow.h"
+
+#include "app/PermissionsManager.h"
+#include "fakes/FakePlatform.h"
+
+#include <QLabel>
+#include <QPushButton>
+#include <QtTest>
+
+using namespace velkor;
+
+class OnboardingWindowTest : public QObject
+{
+    Q_OBJECT
+private slots:
+    void linuxSaysWhatIsMissingAndPollsOnce();
+    void grantedBeforeOpeningShowsContinue();
+    void appleOpensTheAccessibilityPage();
+};
+
+void OnboardingWindowTest::linuxSaysWhatIsMissingAndPollsOnce()
+{
+    fake::FakePlatform platform;
+    PermissionsManager permissions(*platform.trust, *platform.clock);
+    int granted = 0;
+    OnboardingWindow window(permissions, PlatformTraits::forPlatform("xcb"), [&] { ++granted; });
+    window.show();
+    QCOMPARE(window.windowTitle(), QStringLiteral("Welcome to Velkor"));
+    QVERIFY(window.body().text().startsWith(platform.trust->missingExplanation()));
+    QVERIFY(!window.title().text().contains(QStringLiteral("Accessibility")));
+    QVERIFY(window.requestButton().isVisible());
+    QVERIFY(!window.continueButton().isVisible());
+    QVERIFY(!window.grantedLabel().isVisible());
+
+    // Two clicks, one poller.
+    QTest::mouseClick(&window.requestButton(), Qt::LeftButton);
+    QTest::mouseClick(&window.requestButton(), Qt::LeftButton);
+    QCOMPARE(platform.clock->pendingCount(), 1);
+    platform.clock->advance(3.0);
+    QCOMPARE(granted, 0);
+
+    platform.trust->trusted = true;
+    platform.clock->advance(1.0);
+    QCOMPARE(granted, 1);
+    QCOMPARE(platform.clock->pendingCount(), 0);
+    QVERIFY(!window.requestButton().isVisible());
+    QVERIFY(window.grantedLabel().isVisible());
+    QVERIFY(window.continueButton().isVisible());
+    platform.clock->advance(5.0);
+    QCOMPARE(granted, 1);
+
+    // Continue (Return) finishes onboarding again; the app tolerates that.
+    QTest::keyClick(&window, Qt::Key_Return);
+    QCOMPARE(granted, 2);
+}
+
+void OnboardingWindowTest::grantedBeforeOpeningShowsContinue()
+{
+    fake::FakePlatform platform;
+    PermissionsManager permissions(*platform.trust, *platform.clock);
+    int granted = 0;
+    OnboardingWindow window(permissions, PlatformTraits::forPlatform("xcb"), [&] { ++granted; });
+    // Granted elsewhere while the window was not shown: showing it reads again.
+    platform.trust->trusted = true;
+    window.show();
+    QVERIFY(window.grantedLabel().isVisible());
+    QVERIFY(window.continueButton().isVisible());
+    QVERIFY(!window.requestButton().isVisible());
+    QTest::mouseClick(&window.continueButton(), Qt::LeftButton);
+    QCOMPARE(granted, 1);
+}
+
+void OnboardingWindowTest::appleOpensTheAccessibilityPage()
+{
+    fake::FakePlatform platform;
+    PermissionsManager permissions(*platform.trust, *platform.clock);
+    OnboardingWindow window(permissions, PlatformTraits::forPlatform("cocoa"), [] {});
+    window.show();
+    QCOMPARE(window.title().text(), QStringLiteral("Velkor needs Accessibility access"));
+    QCOMPARE(window.requestButton().text(), QStringLiteral("Open Accessibility Settings"));
+    QTest::mouseClick(&window.requestButton(), Qt::LeftButton);
+    QCOMPARE(platform.trust->requestCount, 1);
+    QCOMPARE(platform.trust->openSettingsCount, 1);
+}
+
+QTEST_MAIN(OnboardingWindowTest)
+#include "OnboardingWindowTest.moc"

@@ -1,0 +1,292 @@
+// SPDX-License-Identifier: MIT
+#include "VelkorInstance.h"
+#include "XDesktop.h"
+#include "settings/Preferences.h"
+
+#include <QProcess>
+#include <QtTest>
+#include <memory>
+#include <xcb/xcb.h>
+#include <xcb/xtest.h>
+
+using namespace velkor;
+using namespace velkor::e2e;
+
+namespace {
+
+template <typename T> using Reply = std::unique_ptr<T, decltype(&free)>;
+
+// Every window below root, depth first (override-redirect windows and the
+// window manager's frames alike).
+QList<xcb_window_t> allWindows(xcb_connection_t* c, xcb_window_t root)
+{
+    QList<xcb_window_t> result;
+    Reply<xcb_query_tree_reply_t> tree(xcb_query_tree_reply(c, xcb_query_tree(c, root), nullptr),
+                                       &free);
+    if (!tree)
+        return result;
+    const xcb_window_t* children = xcb_query_tree_children(tree.get());
+    for (int i = 0; i < xcb_query_tree_children_length(tree.get()); ++i) {
+        result.append(children[i]);
+        result.append(allWindows(c, children[i]));
+    }
+    return result;
+}
+
+QString windowName(xcb_connection_t* c, xcb_window_t window)
+{
+    Reply<xcb_get_property_reply_t> name(
+        xcb_get_property_reply(
+            c, xcb_get_property(c, 0, window, XCB_ATOM_WM_NAME, XCB_GET_PROPERTY_TYPE_ANY, 0, 256),
+            nullptr),
+        &free);
+    if (!name)
+        return {};
+    return QString::fromUtf8(static_cast<const char*>(xcb_get_property_value(name.get())),
+                             xcb_get_property_value_length(name.get()));
+}
+
+bool isViewable(xcb_connection_t* c, xcb_window_t window)
+{
+    Reply<xcb_get_window_attributes_reply_t> attributes(
+        xcb_get_window_attributes_reply(c, xcb_get_window_attributes(c, window), nullptr), &free);
+    return attributes && attributes->map_state == XCB_MAP_STATE_VIEWABLE;
+}
+
+// The window's rectangle in root coordinates.
+QRect rootRect(xcb_connection_t* c, xcb_window_t root, xcb_window_t window)
+{
+    Reply<xcb_get_geometry_reply_t> geometry(
+        xcb_get_geometry_reply(c, xcb_get_geometry(c, window), nullptr), &free);
+    Reply<xcb_translate_coordinates_reply_t> origin(
+        xcb_translate_coordinates_reply(c, xcb_translate_coordinates(c, window, root, 0, 0),
+                                        nullptr),
+        &free);
+    if (!geometry || !origin)
+        return {};
+    return QRect(origin->dst_x, origin->dst_y, geometry->width, geometry->height);
+}
+
+// Shown windows with this exact title.
+QList<xcb_window_t> shownWindowsNamed(XDesktop& desktop, const QString& title)
+{
+    xcb_connection_t* c = desktop.connection();
+    const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(c)).data->root;
+    QList<xcb_window_t> found;
+    for (const xcb_window_t window : allWindows(c, root))
+        if (windowName(c, window) == title && isViewable(c, window))
+            found.append(window);
+    return found;
+}
+
+void click(XDesktop& desktop, QPoint where, uint8_t button)
+{
+    desktop.warpPointer(where);
+    xcb_connection_t* c = desktop.connection();
+    const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(c)).data->root;
+    xcb_test_fake_input(c, XCB_BUTTON_PRESS, button, XCB_CURRENT_TIME, root, 0, 0, 0);
+    xcb_test_fake_input(c, XCB_BUTTON_RELEASE, button, XCB_CURRENT_TIME, root, 0, 0, 0);
+    xcb_flush(c);
+}
+
+} // namespace
+
+// The faces of Velkor on a real X desktop: the overlay panel, the tray item
+// and its menu, and the settings window a second start brings up.
+class ShellTest : public QObject
+{
+    Q_OBJECT
+
+    std::unique_ptr<XDesktop> m_desktop;
+    XDesktop& desktop() { return *m_desktop; }
+
+private slots:
+    void init()
+    {
+        m_desktop = std::make_unique<XDesktop>();
+        QVERIFY2(m_desktop->start(), qPrintable(m_desktop->error()));
+    }
+
+    void cleanup() { m_desktop.reset(); }
+
+    void overlayAppearsInTheCornerWithoutTakingFocus()
+    {
+        const xcb_window_t term = desktop().launchTerminal(QStringLiteral("Workbench"));
+        QVERIFY(term);
+        desktop().activate(term);
+        QVERIFY(desktop().waitForActive(QStringLiteral("Workbench")));
+        VelkorInstance velkor(desktop());
+        {
+            auto prefs = velkor.preferences();
+            prefs->setOverlayPosition(OverlayPosition::topLeft);
+            prefs->setOverlayDelay(0.3);
+        }
+        QVERIFY2(velkor.start(), qPrintable(velkor.log()));
+
+        QElapsedTimer held;
+        desktop().press(key::SuperR);
+        held.start();
+        QVERIFY(desktop().waitFor(
+            [&] { return !shownWindowsNamed(desktop(), "Velkor overlay").isEmpty(); }, 3000));
+        // Not before the delay.
+        QVERIFY2(held.elapsed() >= 250, qPrintable(QString::number(held.elapsed())));
+        const xcb_window_t overlay = shownWindowsNamed(desktop(), "Velkor overlay").first();
+        xcb_connection_t* c = desktop().connection();
+        const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(c)).data->root;
+        const QRect rect = rootRect(c, root, overlay);
+        QCOMPARE(rect.topLeft(), QPoint(24, 24));
+        QVERIFY(rect.width() >= 180 && rect.height() >= 60);
+        // The terminal keeps the keyboard while the overlay shows.
+        QCOMPARE(desktop().activeClass(), QStringLiteral("Workbench"));
+        QCOMPARE(desktop().activeWindow(), term);
+
+        desktop().release(key::SuperR);
+        QVERIFY(desktop().waitFor(
+            [&] { return shownWindowsNamed(desktop(), "Velkor overlay").isEmpty(); }, 2000));
+        QCOMPARE(desktop().activeWindow(), term);
+        QVERIFY2(velkor.stop(), qPrintable(velkor.log()));
+    }
+
+    void quickSwitchNeverShowsTheOverlay()
+    {
+        QVERIFY(desktop().launchTerminal(QStringLiteral("Alpha")));
+        QVERIFY(desktop().launchTerminal(QStringLiteral("Beta")));
+        QVERIFY(desktop().waitForActive(QStringLiteral("Beta")));
+        VelkorInstance velkor(desktop());
+        velkor.preferences()->setOverlayDelay(0.5);
+        QVERIFY2(velkor.start(), qPrintable(velkor.log()));
+
+        bool seen = false;
+        for (int round = 0; round < 3; ++round) {
+            desktop().holding(key::SuperR, [&] {
+                desktop().type(QStringLiteral("a"));
+                seen = seen || !shownWindowsNamed(desktop(), "Velkor overlay").isEmpty();
+            });
+            QVERIFY(desktop().waitForActive(QStringLiteral("Alpha")));
+            XDesktop::settle(300);
+            seen = seen || !shownWindowsNamed(desktop(), "Velkor overlay").isEmpty();
+            desktop().holding(key::SuperR, [&] { desktop().type(QStringLiteral("b")); });
+            QVERIFY(desktop().waitForActive(QStringLiteral("Beta")));
+        }
+        XDesktop::settle(600); // past the delay: a show left pending would fire now
+        QVERIFY(!seen);
+        QVERIFY(shownWindowsNamed(desktop(), "Velkor overlay").isEmpty());
+        QVERIFY2(velkor.stop(), qPrintable(velkor.log()));
+    }
+
+    void trayIconIsEmbeddedAndOpensItsMenu()
+    {
+        QProcess tray;
+        tray.setProcessEnvironment(desktop().environment());
+        tray.start(QStringLiteral("trayer"),
+                   {"--edge", "top", "--align", "right", "--widthtype", "request", "--height", "24",
+                    "--SetDockType", "true"});
+        if (!tray.waitForStarted(5000))
+            QSKIP("trayer is not installed");
+        xcb_connection_t* c = desktop().connection();
+        // A tray host owns the system tray selection of screen 0.
+        const auto trayAtom = [&] {
+            Reply<xcb_intern_atom_reply_t> a(
+                xcb_intern_atom_reply(c, xcb_intern_atom(c, 0, 19, "_NET_SYSTEM_TRAY_S0"), nullptr),
+                &free);
+            return a ? a->atom : xcb_atom_t(0);
+        }();
+        auto trayOwner = [&] {
+            Reply<xcb_get_selection_owner_reply_t> owner(
+                xcb_get_selection_owner_reply(c, xcb_get_selection_owner(c, trayAtom), nullptr),
+                &free);
+            return owner ? owner->owner : xcb_window_t(0);
+        };
+        QVERIFY2(desktop().waitFor([&] { return trayOwner() != 0; }, 5000), "no tray host");
+        // trayer owns the selection before its panel is up to take icons.
+        XDesktop::settle(500);
+
+        VelkorInstance velkor(desktop());
+        QVERIFY2(velkor.start(), qPrintable(velkor.log()));
+        const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(c)).data->root;
+        // The icon's window is reparented into the tray host's window.
+        xcb_window_t icon = 0;
+        QVERIFY2(desktop().waitFor(
+                     [&] {
+                         for (const xcb_window_t w : allWindows(c, root)) {
+                             Reply<xcb_query_tree_reply_t> tree(
+                                 xcb_query_tree_reply(c, xcb_query_tree(c, w), nullptr), &free);
+                             const bool embedded =
+                                 tree && tree->parent != root &&
+                                 desktop().wmClass(w) == QLatin1String("Velkor") &&
+                                 isViewable(c, w);
+                             if (embedded && rootRect(c, root, w).top() < 30) {
+                                 icon = w;
+                                 return true;
+                             }
+                         }
+                         return false;
+                     },
+                     5000),
+                 "the tray icon was not embedded");
+
+        const QRect iconRect = rootRect(c, root, icon);
+        QVERIFY(iconRect.width() > 0 && iconRect.width() <= 64);
+        const QList<xcb_window_t> existing = allWindows(c, root);
+        const QSet<xcb_window_t> before(existing.cbegin(), existing.cend());
+        click(desktop(), iconRect.center(), 3);
+        // The menu: a new shown window of ours, tall enough for its entries.
+        QVERIFY2(desktop().waitFor(
+                     [&] {
+                         for (const xcb_window_t w : allWindows(c, root))
+                             if (!before.contains(w) && isViewable(c, w) &&
+                                 rootRect(c, root, w).height() > 100)
+                                 return true;
+                         return false;
+                     },
+                     3000),
+                 qPrintable(velkor.log()));
+        desktop().tap(key::Escape);
+        QVERIFY2(velkor.stop(), qPrintable(velkor.log()));
+        tray.terminate();
+        tray.waitForFinished(3000);
+    }
+
+    void secondStartShowsTheSettingsWindow()
+    {
+        // A session bus of the test's own.
+        QProcess bus;
+        bus.start(QStringLiteral("dbus-daemon"),
+                  {"--session", "--nofork", "--nopidfile", "--print-address=1"});
+        if (!bus.waitForStarted(5000))
+            QSKIP("dbus-daemon is not installed");
+        QVERIFY(bus.waitForReadyRead(5000));
+        const QByteArray address = bus.readLine().trimmed();
+        QVERIFY(!address.isEmpty());
+        const QByteArray saved = qgetenv("DBUS_SESSION_BUS_ADDRESS");
+        qputenv("DBUS_SESSION_BUS_ADDRESS", address);
+        auto restore = qScopeGuard([&] {
+            qputenv("DBUS_SESSION_BUS_ADDRESS", saved);
+            bus.terminate();
+            bus.waitForFinished(3000);
+        });
+
+        VelkorInstance velkor(desktop());
+        QVERIFY2(velkor.start(), qPrintable(velkor.log()));
+        QVERIFY(shownWindowsNamed(desktop(), "Velkor Settings").isEmpty());
+
+        QProcess second;
+        second.setProcessEnvironment(velkor.environment());
+        second.setProcessChannelMode(QProcess::MergedChannels);
+        second.start(VelkorInstance::binary(), {});
+        QVERIFY(second.waitForFinished(10000));
+        QCOMPARE(second.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(second.exitCode(), 0);
+        QVERIFY(!second.readAll().contains("event tap installed"));
+
+        QVERIFY2(
+            desktop().waitFor(
+                [&] { return !shownWindowsNamed(desktop(), "Velkor Settings").isEmpty(); }, 5000),
+            qPrintable(velkor.log()));
+        QVERIFY(velkor.isRunning());
+        QVERIFY2(velkor.stop(), qPrintable(velkor.log()));
+    }
+};
+
+QTEST_GUILESS_MAIN(ShellTest)
+#include "ShellTest.moc"

@@ -1,0 +1,300 @@
+// SPDX-License-Identifier: MIT
+#include "overlay/OverlayView.h"
+
+#include "overlay/OverlayModel.h"
+#include "overlay/Theme.h"
+#include "platform/ShellIntegration.h"
+#include "settings/Preferences.h"
+
+#include <QPainter>
+#include <QTemporaryDir>
+#include <QtTest>
+
+using namespace velkor;
+
+namespace {
+
+// A shell whose icons and blur a test chooses.
+class TestShell final : public ShellIntegration
+{
+public:
+    void prepareOverlayWindow(QWindow*) override {}
+    bool canBlurBehind() const override { return blur; }
+    void setBlurBehind(QWindow*, const QRectF&, qreal) override {}
+    void setRegularPresence(bool) override {}
+    QIcon iconForFile(const QString& path) override { return icons.value(path); }
+
+    bool blur = false;
+    QHash<QString, QIcon> icons;
+};
+
+OverlayItem row(const QString& title, std::optional<QString> badge = std::nullopt)
+{
+    OverlayItem item;
+    item.id = title;
+    item.title = title;
+    item.badge = std::move(badge);
+    return item;
+}
+
+int distance(QRgb a, const QColor& b)
+{
+    return std::max(
+        {qAbs(qRed(a) - b.red()), qAbs(qGreen(a) - b.green()), qAbs(qBlue(a) - b.blue())});
+}
+
+// Whether any pixel of the area is within tolerance of the colour.
+bool hasPixelNear(const QImage& image, const QRectF& area, const QColor& color, int tolerance)
+{
+    const QRect r = area.toAlignedRect().intersected(image.rect());
+    for (int y = r.top(); y <= r.bottom(); ++y)
+        for (int x = r.left(); x <= r.right(); ++x)
+            if (distance(image.pixel(x, y), color) <= tolerance)
+                return true;
+    return false;
+}
+
+} // namespace
+
+class OverlayViewTest : public QObject
+{
+    Q_OBJECT
+private slots:
+    void init();
+    void cleanup();
+    void chipIsDrawnInTheReadableAccent();
+    void oneDotPerRowWithTheSelectedOneInAccent();
+    void solidBackgroundHidesWhatIsBehind();
+    void iconComesFromTheShellElseTheTile();
+    void sizeFollowsTheContent();
+    void clickActivatesAndHoverSelects();
+
+private:
+    QImage render(const QColor& background);
+
+    std::unique_ptr<QTemporaryDir> m_dir;
+    std::unique_ptr<Preferences> m_prefs;
+    std::unique_ptr<OverlayModel> m_model;
+    std::unique_ptr<TestShell> m_shell;
+    std::unique_ptr<OverlayView> m_view;
+};
+
+void OverlayViewTest::init()
+{
+    m_dir = std::make_unique<QTemporaryDir>();
+    m_prefs = std::make_unique<Preferences>(
+        std::make_unique<QSettings>(m_dir->filePath("velkor.ini"), QSettings::IniFormat));
+    m_model = std::make_unique<OverlayModel>();
+    m_shell = std::make_unique<TestShell>();
+    m_view = std::make_unique<OverlayView>(*m_model, *m_prefs, *m_shell);
+}
+
+void OverlayViewTest::cleanup()
+{
+    m_view.reset();
+    m_shell.reset();
+    m_model.reset();
+    m_prefs.reset();
+    m_dir.reset();
+}
+
+QImage OverlayViewTest::render(const QColor& background)
+{
+    // As a compositor would: the window drawn on its own, then laid over
+    // what is behind it.
+    m_view->resize(m_view->sizeHint());
+    QImage window(m_view->size(), QImage::Format_ARGB32_Premultiplied);
+    window.fill(Qt::transparent);
+    m_view->render(&window, QPoint(), QRegion(), QWidget::DrawChildren);
+    QImage screen(m_view->size(), QImage::Format_ARGB32);
+    screen.fill(background);
+    QPainter(&screen).drawImage(0, 0, window);
+    return screen;
+}
+
+void OverlayViewTest::chipIsDrawnInTheReadableAccent()
+{
+    const QColor bright(254, 188, 46);
+    m_model->setItems({row("Safari", QStringLiteral("s"))});
+
+    m_prefs->setTheme(AppTheme::dark);
+    QImage image = render(Qt::black);
+    QVERIFY(!m_view->chipRect().isEmpty());
+    QVERIFY(m_view->pillRect().contains(m_view->chipRect()));
+    QVERIFY(hasPixelNear(image, m_view->chipRect(), bright, 6));
+
+    // On light the accent is darkened so the letter still reads.
+    m_prefs->setTheme(AppTheme::light);
+    image = render(Qt::white);
+    const QColor darkened = Theme::readableAccent(m_prefs->accentHex(), true);
+    QVERIFY(distance(darkened.rgb(), bright) > 60);
+    QVERIFY(hasPixelNear(image, m_view->chipRect(), darkened, 6));
+    QVERIFY(!hasPixelNear(image, m_view->chipRect(), bright, 20));
+
+    m_prefs->setAccentHex(QStringLiteral("#0A84FF"));
+    m_prefs->setTheme(AppTheme::dark);
+    image = render(Qt::black);
+    QVERIFY(hasPixelNear(image, m_view->chipRect(), QColor(10, 132, 255), 6));
+    QVERIFY(!hasPixelNear(image, m_view->chipRect(), bright, 20));
+}
+
+void OverlayViewTest::oneDotPerRowWithTheSelectedOneInAccent()
+{
+    m_prefs->setTheme(AppTheme::dark);
+    const QColor accent(254, 188, 46);
+
+    // Counts the runs of lit pixels along the dots' middle line.
+    auto litRuns = [](const QImage& image, int y) {
+        int runs = 0;
+        bool inRun = false;
+        for (int x = 0; x < image.width(); ++x) {
+            const bool lit = distance(image.pixel(x, y), Qt::black) > 40;
+            runs += (lit && !inRun) ? 1 : 0;
+            inRun = lit;
+        }
+        return runs;
+    };
+
+    m_model->setItems({row("Safari"), row("Slack"), row("Spotify")});
+    m_model->setSelection(1);
+    QImage image = render(Qt::black);
+    const QList<QRectF> dots = m_view->dotRects();
+    QCOMPARE(dots.size(), 3);
+    const int y = int(dots[0].center().y());
+    QVERIFY(dots[0].top() > m_view->pillRect().bottom());
+    QCOMPARE(litRuns(image, y), 3);
+    for (int i = 0; i < 3; ++i) {
+        const QPoint centre = dots[i].center().toPoint();
+        QCOMPARE(distance(image.pixel(centre), accent) <= 30, i == 1);
+    }
+
+    // One row: no dots, and nothing lit below the pill.
+    m_model->setItems({row("Safari")});
+    image = render(Qt::black);
+    QVERIFY(m_view->dotRects().isEmpty());
+    const int below = int(m_view->pillRect().bottom()) + OverlayView::StackSpacing + 3;
+    QCOMPARE(below < image.height() ? litRuns(image, below) : 0, 0);
+}
+
+void OverlayViewTest::solidBackgroundHidesWhatIsBehind()
+{
+    m_model->setItems({row("Safari", QStringLiteral("s"))});
+    // A point in the pill's top padding, clear of text and border.
+    auto sample = [this](const QColor& behind) {
+        const QImage image = render(behind);
+        const QRectF pill = m_view->pillRect();
+        return image.pixel(QPoint(int(pill.center().x()), int(pill.top()) + 4));
+    };
+    const int opaqueTolerance = int(255 * (1 - OverlayView::SolidBackgroundAlpha)) + 2;
+
+    for (const AppTheme theme : {AppTheme::light, AppTheme::dark}) {
+        m_prefs->setTheme(theme);
+        m_prefs->setBlurEnabled(false);
+        QVERIFY(!m_view->blurActive());
+        QVERIFY(distance(sample(Qt::red), QColor(sample(Qt::blue))) <= opaqueTolerance);
+
+        // Blur wanted but not offered: the same solid fill.
+        m_prefs->setBlurEnabled(true);
+        QVERIFY(!m_view->blurActive());
+        QVERIFY(distance(sample(Qt::red), QColor(sample(Qt::blue))) <= opaqueTolerance);
+
+        // Blur offered: the pill lets the blurred desktop through.
+        m_shell->blur = true;
+        QVERIFY(m_view->blurActive());
+        QVERIFY(distance(sample(Qt::red), QColor(sample(Qt::blue))) > 60);
+        m_shell->blur = false;
+    }
+
+    // The themes differ: a light pill is light, a dark one dark.
+    m_prefs->setBlurEnabled(false);
+    m_prefs->setTheme(AppTheme::light);
+    const int lightGrey = qGray(sample(Qt::black));
+    m_prefs->setTheme(AppTheme::dark);
+    const int darkGrey = qGray(sample(Qt::white));
+    QVERIFY2(lightGrey > 180 && darkGrey < 80,
+             qPrintable(QStringLiteral("%1 %2").arg(lightGrey).arg(darkGrey)));
+}
+
+void OverlayViewTest::iconComesFromTheShellElseTheTile()
+{
+    m_prefs->setTheme(AppTheme::dark);
+    QPixmap green(64, 64);
+    green.fill(QColor(0, 200, 0));
+    m_shell->icons.insert(QStringLiteral("/apps/calc.desktop"), QIcon(green));
+
+    OverlayItem calc = row("Calculator");
+    calc.iconPath = QStringLiteral("/apps/calc.desktop");
+    m_model->setItems({calc});
+    QImage image = render(Qt::black);
+    const QRectF pill = m_view->pillRect();
+    const QRectF icon(pill.left() + OverlayView::PillPaddingX, pill.center().y() - 21, 42, 42);
+    QVERIFY(distance(image.pixel(icon.center().toPoint()), QColor(0, 200, 0)) <= 4);
+    QVERIFY(!hasPixelNear(image, icon, QColor(254, 188, 46), 20));
+
+    // A path the shell has no icon for, and no path at all: the accent tile.
+    for (const std::optional<QString>& path :
+         {std::optional<QString>(QStringLiteral("/apps/gone.desktop")), std::optional<QString>()}) {
+        calc.iconPath = path;
+        m_model->setItems({calc});
+        image = render(Qt::black);
+        QVERIFY(!hasPixelNear(image, icon, QColor(0, 200, 0), 30));
+        QVERIFY(hasPixelNear(image, icon, QColor(254, 188, 46), 12));
+    }
+}
+
+void OverlayViewTest::sizeFollowsTheContent()
+{
+    const QSize empty = m_view->sizeHint();
+    // The smallest pill is 200 wide; padding adds 34 on every side.
+    QVERIFY(empty.width() >= OverlayView::PillMinWidth + 2 * OverlayView::Padding);
+    QVERIFY(empty.height() >=
+            OverlayView::IconSize + 2 * OverlayView::PillPaddingY + 2 * OverlayView::Padding);
+
+    m_model->setItems({row("Ab")});
+    QCOMPARE(m_view->sizeHint(), empty); // a short title fits the minimum pill
+
+    m_model->setItems({row("A rather long window title that needs room")});
+    const QSize wide = m_view->sizeHint();
+    QVERIFY(wide.width() > empty.width() + 100);
+    QCOMPARE(wide.height(), empty.height());
+
+    m_model->setItems({row("A rather long window title that needs room"), row("B")});
+    QCOMPARE(m_view->sizeHint().height(),
+             empty.height() + OverlayView::StackSpacing + OverlayView::DotSize);
+
+    // Many rows: the dots row is wider than the pill and sets the width.
+    QList<OverlayItem> many;
+    for (int i = 0; i < 40; ++i)
+        many.append(row(QString::number(i)));
+    m_model->setItems(many);
+    QCOMPARE(m_view->sizeHint().width(),
+             40 * OverlayView::DotSize + 39 * OverlayView::DotSpacing + 2 * OverlayView::Padding);
+}
+
+void OverlayViewTest::clickActivatesAndHoverSelects()
+{
+    QList<int> activated;
+    QList<int> hovered;
+    m_model->onActivate = [&](int index) { activated.append(index); };
+    m_model->onHover = [&](int index) { hovered.append(index); };
+    m_model->setItems({row("Safari"), row("Slack"), row("Spotify")});
+    m_model->setSelection(2);
+    m_view->resize(m_view->sizeHint());
+    m_view->show();
+
+    QTest::mouseClick(m_view.get(), Qt::LeftButton, {}, QPoint(4, 4)); // the transparent margin
+    QVERIFY(activated.isEmpty());
+    QTest::mouseClick(m_view.get(), Qt::RightButton, {}, m_view->pillRect().center().toPoint());
+    QVERIFY(activated.isEmpty());
+    QTest::mouseClick(m_view.get(), Qt::LeftButton, {}, m_view->pillRect().center().toPoint());
+    QCOMPARE(activated, QList<int>{2});
+
+    QTest::mouseMove(m_view.get(), m_view->dotRects()[0].center().toPoint());
+    QCOMPARE(hovered, QList<int>{0});
+    // Over the dot already selected: nothing to report.
+    QTest::mouseMove(m_view.get(), m_view->dotRects()[2].center().toPoint());
+    QCOMPARE(hovered, QList<int>{0});
+}
+
+QTEST_MAIN(OverlayViewTest)
+#include "OverlayViewTest.moc"

@@ -1,0 +1,330 @@
+// SPDX-License-Identifier: MIT
+#include "settings/SettingsWindow.h"
+
+#include "app/PermissionsManager.h"
+#include "catalogue/AppRegistry.h"
+#include "fakes/FakePlatform.h"
+#include "settings/AppearancePane.h"
+#include "settings/AppsPane.h"
+#include "settings/BehaviourPane.h"
+#include "settings/GeneralPane.h"
+#include "settings/Preferences.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QLabel>
+#include <QListWidget>
+#include <QPushButton>
+#include <QSlider>
+#include <QStandardItemModel>
+#include <QTemporaryDir>
+#include <QtTest>
+
+using namespace velkor;
+
+class SettingsWindowTest : public QObject
+{
+    Q_OBJECT
+private slots:
+    void init();
+    void cleanup();
+    void sidebarSwitchesPanesAndFooterShowsVersion();
+    void activationKeyPickerUsesPlatformNamesAndNotes();
+    void launchAtLoginRegistersOnceEachWay();
+    void permissionRowFollowsTheGrant();
+    void togglesAndPickersWriteTheirSettings();
+    void settingsChangedElsewhereShowInTheControls();
+    void delaySliderStaysOnTheGrid();
+    void appsPaneExcludesAndRefreshes();
+
+private:
+    SettingsWindow& makeWindow(KeyNaming naming = KeyNaming::pc, bool settingsPage = false);
+    QVariant stored(const QString& key);
+    static void choose(QComboBox& picker, const QString& text);
+    static void click(QCheckBox* box);
+
+    std::unique_ptr<QTemporaryDir> m_dir;
+    std::unique_ptr<fake::FakePlatform> m_platform;
+    std::unique_ptr<Preferences> m_prefs;
+    std::unique_ptr<AppRegistry> m_registry;
+    std::unique_ptr<PermissionsManager> m_permissions;
+    std::unique_ptr<SettingsWindow> m_window;
+};
+
+void SettingsWindowTest::init()
+{
+    m_dir = std::make_unique<QTemporaryDir>();
+    m_platform = std::make_unique<fake::FakePlatform>();
+    m_prefs = std::make_unique<Preferences>(
+        std::make_unique<QSettings>(m_dir->filePath("velkor.ini"), QSettings::IniFormat));
+    fake::FakeWorkspace& apps = *m_platform->workspace;
+    apps.addApp(11, "Calculator", QStringLiteral("org.gnome.Calculator"),
+                QStringLiteral("/usr/share/applications/org.gnome.Calculator.desktop"));
+    apps.addApp(12, "xterm", std::nullopt);
+    apps.addApp(13, "Firefox", QStringLiteral("firefox"));
+    m_registry = std::make_unique<AppRegistry>(apps, nullptr, *m_prefs);
+    m_permissions = std::make_unique<PermissionsManager>(*m_platform->trust, *m_platform->clock);
+}
+
+void SettingsWindowTest::cleanup()
+{
+    m_window.reset();
+    m_permissions.reset();
+    m_registry.reset();
+    m_prefs.reset();
+    m_platform.reset();
+    m_dir.reset();
+}
+
+SettingsWindow& SettingsWindowTest::makeWindow(KeyNaming naming, bool settingsPage)
+{
+    const SettingsContext context{*m_prefs,
+                                  *m_registry,
+                                  *m_permissions,
+                                  *m_platform->trust,
+                                  *m_platform->loginItem,
+                                  *m_platform->shell,
+                                  PlatformTraits{naming, settingsPage},
+                                  QStringLiteral("1.2.3")};
+    m_window = std::make_unique<SettingsWindow>(context);
+    m_window->show();
+    return *m_window;
+}
+
+QVariant SettingsWindowTest::stored(const QString& key)
+{
+    m_prefs->store().sync();
+    return QSettings(m_dir->filePath("velkor.ini"), QSettings::IniFormat).value(key);
+}
+
+void SettingsWindowTest::choose(QComboBox& picker, const QString& text)
+{
+    const int index = picker.findText(text);
+    QVERIFY2(index >= 0, qPrintable(text));
+    // As the user does it: the item activated from the open list.
+    picker.setCurrentIndex(index);
+    emit picker.activated(index);
+}
+
+void SettingsWindowTest::click(QCheckBox* box)
+{
+    // On the box itself: a stretched row's middle may be empty space.
+    QTest::mouseClick(box, Qt::LeftButton, {}, QPoint(box->height() / 2, box->height() / 2));
+}
+
+void SettingsWindowTest::sidebarSwitchesPanesAndFooterShowsVersion()
+{
+    SettingsWindow& window = makeWindow();
+    QCOMPARE(window.windowTitle(), QStringLiteral("Velkor Settings"));
+    QCOMPARE(window.versionLabel().text(), QStringLiteral("Velkor 1.2.3"));
+    QListWidget& sidebar = window.sidebar();
+    QStringList titles;
+    for (int i = 0; i < sidebar.count(); ++i)
+        titles << sidebar.item(i)->text();
+    QCOMPARE(titles, (QStringList{"General", "Behaviour", "Appearance", "Apps"}));
+    QCOMPARE(window.currentPane(), SettingsPane::general);
+    QVERIFY(window.general().isVisible());
+
+    const QRect appearanceRow = sidebar.visualItemRect(sidebar.item(2));
+    QTest::mouseClick(sidebar.viewport(), Qt::LeftButton, {}, appearanceRow.center());
+    QCOMPARE(window.currentPane(), SettingsPane::appearance);
+    QVERIFY(window.appearance().isVisible());
+    QVERIFY(!window.general().isVisible());
+}
+
+void SettingsWindowTest::activationKeyPickerUsesPlatformNamesAndNotes()
+{
+    SettingsWindow& window = makeWindow(KeyNaming::pc);
+    GeneralPane& general = window.general();
+    QComboBox& picker = general.activationKeyPicker();
+    QStringList entries;
+    for (int i = 0; i < picker.count(); ++i)
+        entries << picker.itemText(i);
+    QCOMPARE(entries, (QStringList{"Right side", "Right Super", "Right Alt", "Right Ctrl",
+                                   "Left side", "Left Super", "Left Alt", "Left Ctrl"}));
+    // The group titles cannot be chosen.
+    auto* model = qobject_cast<QStandardItemModel*>(picker.model());
+    QVERIFY(!(model->item(0)->flags() & Qt::ItemIsEnabled));
+    QVERIFY(!(model->item(4)->flags() & Qt::ItemIsEnabled));
+    QCOMPARE(picker.currentText(), QStringLiteral("Right Super"));
+    QVERIFY(general.rightHandNote().isVisible());
+    QVERIFY(!general.leftHandWarning().isVisible());
+
+    choose(picker, QStringLiteral("Left Alt"));
+    QCOMPARE(m_prefs->modifierKey(), ModifierKey::leftOption);
+    QCOMPARE(stored("modifierKey").toString(), QStringLiteral("leftOption"));
+    QVERIFY(general.leftHandWarning().isVisible());
+    QVERIFY(!general.rightHandNote().isVisible());
+
+    choose(picker, QStringLiteral("Right Ctrl"));
+    QCOMPARE(stored("modifierKey").toString(), QStringLiteral("rightControl"));
+    QVERIFY(general.rightHandNote().isVisible());
+    QVERIFY(!general.leftHandWarning().isVisible());
+    QVERIFY(!general.keyCaveat().isVisible());
+
+    choose(picker, QStringLiteral("Right Alt"));
+    QVERIFY(general.keyCaveat().isVisible());
+    QVERIFY(general.keyCaveat().text().contains(QStringLiteral("AltGr")));
+
+    // The same key under Apple naming: its own label and no AltGr caveat.
+    SettingsWindow& mac = makeWindow(KeyNaming::apple);
+    QCOMPARE(mac.general().activationKeyPicker().currentText(), QStringLiteral("Right Option (⌥)"));
+    QVERIFY(!mac.general().keyCaveat().isVisible());
+}
+
+void SettingsWindowTest::launchAtLoginRegistersOnceEachWay()
+{
+    SettingsWindow& window = makeWindow();
+    QCheckBox& toggle = window.general().launchAtLogin();
+    fake::FakeLoginItem& item = *m_platform->loginItem;
+    QVERIFY(!toggle.isChecked());
+
+    click(&toggle);
+    QVERIFY(m_prefs->launchAtLogin());
+    QCOMPARE(stored("launchAtLogin").toBool(), true);
+    QCOMPARE(item.registerCalls, 1);
+    QCOMPARE(item.status(), LoginItem::Status::Enabled);
+
+    click(&toggle);
+    QVERIFY(!m_prefs->launchAtLogin());
+    QCOMPARE(item.unregisterCalls, 1);
+    QCOMPARE(item.registerCalls, 1);
+}
+
+void SettingsWindowTest::permissionRowFollowsTheGrant()
+{
+    SettingsWindow& linux = makeWindow(KeyNaming::pc, false);
+    QCOMPARE(linux.general().permissionState().text(), QStringLiteral("Accessibility required"));
+    // No system page to open on this platform.
+    QVERIFY(!linux.general().openSettingsButton().isVisible());
+
+    SettingsWindow& mac = makeWindow(KeyNaming::apple, true);
+    QPushButton& open = mac.general().openSettingsButton();
+    QVERIFY(open.isVisible());
+    QTest::mouseClick(&open, Qt::LeftButton);
+    QCOMPARE(m_platform->trust->openSettingsCount, 1);
+
+    m_platform->trust->trusted = true;
+    m_permissions->refresh();
+    QCOMPARE(mac.general().permissionState().text(), QStringLiteral("Accessibility granted"));
+    QVERIFY(!open.isVisible());
+}
+
+void SettingsWindowTest::togglesAndPickersWriteTheirSettings()
+{
+    SettingsWindow& window = makeWindow();
+    GeneralPane& general = window.general();
+    BehaviourPane& behaviour = window.behaviour();
+    AppearancePane& appearance = window.appearance();
+
+    const struct
+    {
+        SettingsPane pane;
+        QCheckBox* box;
+        const char* key;
+        bool before;
+    } toggles[] = {
+        {SettingsPane::general, &general.searchIncludesApps(), "searchIncludesApps", true},
+        {SettingsPane::behaviour, &behaviour.switchOnRelease(), "switchOnRelease", false},
+        {SettingsPane::behaviour, &behaviour.cmdBacktickCycle(), "cmdBacktickCycle", true},
+        {SettingsPane::behaviour, &behaviour.replaceCommandTab(), "replaceCommandTab", false},
+        {SettingsPane::behaviour, &behaviour.mouseFollowsFocus(), "mouseFollowsFocus", false},
+        {SettingsPane::appearance, &appearance.showOverlay(), "overlayEnabled", true},
+        {SettingsPane::appearance, &appearance.blurredBackground(), "overlayBlur", true},
+    };
+    for (const auto& toggle : toggles) {
+        window.showPane(toggle.pane);
+        QCOMPARE(toggle.box->isChecked(), toggle.before);
+        click(toggle.box);
+        QCOMPARE(stored(toggle.key).toBool(), !toggle.before);
+    }
+    QCOMPARE(m_prefs->switchOnRelease(), true);
+    QCOMPARE(m_prefs->blurEnabled(), false);
+    // The overlay's other controls stay usable while it is switched off.
+    QVERIFY(!m_prefs->overlayEnabled());
+    QVERIFY(appearance.position().isEnabled());
+    QVERIFY(appearance.delaySlider().isEnabled());
+
+    choose(behaviour.spaceMode(), QStringLiteral("Gather windows to current Space"));
+    QCOMPARE(stored("spaceMode").toString(), QStringLiteral("gatherWindows"));
+    QCOMPARE(appearance.position().currentText(), QStringLiteral("Bottom Right"));
+    choose(appearance.position(), QStringLiteral("Top Left"));
+    QCOMPARE(stored("overlayPosition").toString(), QStringLiteral("topLeft"));
+    QCOMPARE(appearance.theme().currentText(), QStringLiteral("System"));
+    choose(appearance.theme(), QStringLiteral("Dark"));
+    QCOMPARE(stored("theme").toString(), QStringLiteral("dark"));
+    QCOMPARE(m_prefs->theme(), AppTheme::dark);
+}
+
+void SettingsWindowTest::settingsChangedElsewhereShowInTheControls()
+{
+    SettingsWindow& window = makeWindow();
+    m_prefs->setMouseFollowsFocus(true);
+    m_prefs->setOverlayPosition(OverlayPosition::center);
+    m_prefs->setModifierKey(ModifierKey::leftControl);
+    m_prefs->setOverlayDelay(0.5);
+    QVERIFY(window.behaviour().mouseFollowsFocus().isChecked());
+    QCOMPARE(window.appearance().position().currentText(), QStringLiteral("Center"));
+    QCOMPARE(window.general().activationKeyPicker().currentText(), QStringLiteral("Left Ctrl"));
+    QCOMPARE(window.appearance().delayText().text(), QStringLiteral("0.50s"));
+    QCOMPARE(window.appearance().delaySlider().value(), 10);
+}
+
+void SettingsWindowTest::delaySliderStaysOnTheGrid()
+{
+    SettingsWindow& window = makeWindow();
+    window.showPane(SettingsPane::appearance);
+    AppearancePane& pane = window.appearance();
+    QSlider& slider = pane.delaySlider();
+    QCOMPARE(pane.delayText().text(), QStringLiteral("0.25s"));
+
+    slider.setFocus();
+    QTest::keyClick(&slider, Qt::Key_Right);
+    QCOMPARE(m_prefs->overlayDelay(), 0.3);
+    QCOMPARE(pane.delayText().text(), QStringLiteral("0.30s"));
+    QTest::keyClick(&slider, Qt::Key_End);
+    QCOMPARE(m_prefs->overlayDelay(), 1.0);
+    QCOMPARE(pane.delayText().text(), QStringLiteral("1.00s"));
+    QTest::keyClick(&slider, Qt::Key_Home);
+    QCOMPARE(stored("overlayDelay").toDouble(), 0.0);
+    QCOMPARE(pane.delayText().text(), QStringLiteral("0.00s"));
+
+    // Paging moves on the same grid.
+    QTest::keyClick(&slider, Qt::Key_PageUp);
+    QCOMPARE(m_prefs->overlayDelay(), 0.1);
+    QCOMPARE(pane.delayText().text(), QStringLiteral("0.10s"));
+}
+
+void SettingsWindowTest::appsPaneExcludesAndRefreshes()
+{
+    SettingsWindow& window = makeWindow();
+    window.showPane(SettingsPane::apps);
+    AppsPane& pane = window.apps();
+    QStringList names;
+    for (QCheckBox* row : pane.rows())
+        names << row->text();
+    // The registry's order (by name), not the platform's.
+    QCOMPARE(names, (QStringList{"Calculator", "Firefox", "xterm"}));
+    QVERIFY(!pane.rows()[2]->isEnabled()); // xterm has no bundle id
+    QVERIFY(pane.rows()[0]->isEnabled());
+
+    QSignalSpy refreshed(m_registry.get(), &AppRegistry::runningAppsChanged);
+    click(pane.rows()[1]);
+    QCOMPARE(m_prefs->excludedBundleIds(), QStringList{"firefox"});
+    QCOMPARE(stored("excludedBundleIds").toStringList(), QStringList{"firefox"});
+    QCOMPARE(refreshed.count(), 1);
+    // Excluded apps leave the registry's list, and so the pane.
+    names.clear();
+    for (QCheckBox* row : pane.rows())
+        names << row->text();
+    QCOMPARE(names, (QStringList{"Calculator", "xterm"}));
+
+    QTRY_VERIFY(pane.rows()[0]->isVisible()); // new rows show once the loop runs
+    click(pane.rows()[0]);
+    QCOMPARE(m_prefs->excludedBundleIds(), (QStringList{"firefox", "org.gnome.Calculator"}));
+    QCOMPARE(refreshed.count(), 2);
+    QCOMPARE(pane.rows().size(), 1);
+}
+
+QTEST_MAIN(SettingsWindowTest)
+#include "SettingsWindowTest.moc"
