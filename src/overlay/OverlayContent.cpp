@@ -28,8 +28,10 @@ OverlayContent OverlayContent::of(const OverlayModel& model)
     else if (selected && selected->badge)
         content.chip = OverlayChip{selected->badge->toUpper(), false};
 
-    if (selected)
+    if (selected) {
         content.iconPath = selected->iconPath;
+        content.pid = selected->pid;
+    }
 
     const int count = int(model.items().size());
     if (count >= 2) {

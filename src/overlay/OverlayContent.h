@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "platform/Workspace.h"
+
 #include <QString>
 #include <optional>
 
@@ -23,7 +25,8 @@ struct OverlayContent
     QString primary;
     std::optional<QString> secondary;
     std::optional<OverlayChip> chip;
-    std::optional<QString> iconPath; // absent: the "⌘" tile
+    std::optional<QString> iconPath; // its icon first
+    std::optional<Pid> pid;          // then its windows' icon, else the "⌘" tile
     int dotCount = 0;                // no dots for fewer than two rows
     int selectedDot = -1;
 

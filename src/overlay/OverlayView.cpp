@@ -278,16 +278,43 @@ void OverlayView::paintBackground(QPainter& painter, const QRectF& pill) const
     painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
 }
 
-void OverlayView::paintIcon(QPainter& painter, const QRectF& frame) const
+void OverlayView::hideEvent(QHideEvent* event)
+{
+    QWidget::hideEvent(event);
+    // The next showing is another session; apps may have come and gone.
+    m_fileIcons.clear();
+    m_processIcons.clear();
+}
+
+// The entry's icon, else the one the app's windows carry (apps known only by
+// their windows have no entry).
+QIcon OverlayView::selectedIcon()
 {
     if (m_content.iconPath) {
-        const QIcon icon = m_shell.iconForFile(*m_content.iconPath);
-        if (!icon.isNull()) {
-            const qreal dpr = devicePixelRatioF();
-            const QPixmap pixmap = icon.pixmap(QSize(IconSize, IconSize), dpr);
-            painter.drawPixmap(frame, pixmap, QRectF(QPointF(0, 0), pixmap.size()));
-            return;
-        }
+        const QString& path = *m_content.iconPath;
+        auto icon = m_fileIcons.constFind(path);
+        if (icon == m_fileIcons.constEnd())
+            icon = m_fileIcons.insert(path, m_shell.iconForFile(path));
+        if (!icon->isNull())
+            return *icon;
+    }
+    if (m_content.pid) {
+        auto icon = m_processIcons.constFind(*m_content.pid);
+        if (icon == m_processIcons.constEnd())
+            icon = m_processIcons.insert(*m_content.pid, m_shell.iconForProcess(*m_content.pid));
+        return *icon;
+    }
+    return QIcon();
+}
+
+void OverlayView::paintIcon(QPainter& painter, const QRectF& frame)
+{
+    const QIcon icon = selectedIcon();
+    if (!icon.isNull()) {
+        const qreal dpr = devicePixelRatioF();
+        const QPixmap pixmap = icon.pixmap(QSize(IconSize, IconSize), dpr);
+        painter.drawPixmap(frame, pixmap, QRectF(QPointF(0, 0), pixmap.size()));
+        return;
     }
     const QColor accentColor = accent();
     painter.setPen(Qt::NoPen);

@@ -3,6 +3,8 @@
 
 #include "overlay/OverlayContent.h"
 
+#include <QHash>
+#include <QIcon>
 #include <QImage>
 #include <QList>
 #include <QRectF>
@@ -60,6 +62,7 @@ signals:
 protected:
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
 
@@ -83,7 +86,8 @@ private:
 
     void paintShadow(QPainter& painter, const QRectF& pill);
     void paintBackground(QPainter& painter, const QRectF& pill) const;
-    void paintIcon(QPainter& painter, const QRectF& frame) const;
+    QIcon selectedIcon();
+    void paintIcon(QPainter& painter, const QRectF& frame);
     void paintTexts(QPainter& painter, const Geometry& geometry) const;
     void paintChip(QPainter& painter, const QRectF& frame) const;
     void paintDots(QPainter& painter, const QList<QRectF>& dots) const;
@@ -93,6 +97,9 @@ private:
     ShellIntegration& m_shell;
     OverlayContent m_content;
     QImage m_shadow; // cached for m_shadowSize
+    // Every model change repaints; icons are looked up once while shown.
+    QHash<QString, QIcon> m_fileIcons;
+    QHash<Pid, QIcon> m_processIcons;
     QSize m_shadowSize;
 };
 

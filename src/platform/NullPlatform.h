@@ -100,6 +100,7 @@ public:
     void setBlurBehind(QWindow*, const QRectF&, qreal) override {}
     void setRegularPresence(bool) override {}
     QIcon iconForFile(const QString&) override { return QIcon(); }
+    QIcon iconForProcess(Pid) override { return QIcon(); }
 };
 
 // A complete backend of null parts with a real clock; explanation says why

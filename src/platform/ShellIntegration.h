@@ -36,6 +36,8 @@ public:
 
     // The icon of an app bundle or desktop entry; null when there is none.
     virtual QIcon iconForFile(const QString& path) = 0;
+    // The icon a running app's windows carry; null when there is none.
+    virtual QIcon iconForProcess(Pid pid) = 0;
 
     // Calls handler on the main thread when the user opens the running app
     // again (Finder, Dock, Spotlight). Where a second start reaches the

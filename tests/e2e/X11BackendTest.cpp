@@ -25,7 +25,8 @@ namespace {
 XDesktop* g_desktop = nullptr;
 
 // The child side: "--windows CLASS WINDOW...", one window per WINDOW, a comma
-// list of name=, wmname=, gtk=, type=utility|dialog, skip, noinput. Lives
+// list of name=, wmname=, gtk=, icon=RRGGBB, type=utility|dialog, skip,
+// noinput. Lives
 // until it is killed.
 int runWindowOwner(const QStringList& args)
 {
@@ -60,7 +61,17 @@ int runWindowOwner(const QStringList& args)
             else if (key == "gtk")
                 xcb_change_property(c, XCB_PROP_MODE_REPLACE, w, atom("_GTK_APPLICATION_ID"),
                                     atom("UTF8_STRING"), 8, uint32_t(value.size()), value.data());
-            else if (key == "type") {
+            else if (key == "icon") {
+                // A small frame and one of the overlay's size, in one colour.
+                const quint32 argb = 0xFF000000u | value.toUInt(nullptr, 16);
+                QList<quint32> icon;
+                for (const quint32 side : {16u, 48u}) {
+                    icon << side << side;
+                    icon.append(QList<quint32>(qsizetype(side * side), argb));
+                }
+                xcb_change_property(c, XCB_PROP_MODE_REPLACE, w, atom("_NET_WM_ICON"),
+                                    XCB_ATOM_CARDINAL, 32, uint32_t(icon.size()), icon.constData());
+            } else if (key == "type") {
                 const xcb_atom_t type = atom(value == "utility" ? "_NET_WM_WINDOW_TYPE_UTILITY"
                                                                 : "_NET_WM_WINDOW_TYPE_DIALOG");
                 xcb_change_property(c, XCB_PROP_MODE_REPLACE, w, atom("_NET_WM_WINDOW_TYPE"),
@@ -315,7 +326,7 @@ private slots:
 
     void overlayWindowsStayOutOfTheWindowManagersWay()
     {
-        X11ShellIntegration shell(X11Connection::fromQt());
+        X11ShellIntegration shell(X11Connection::fromQt(), nullptr);
         QWindow overlay;
         overlay.resize(200, 80);
         shell.prepareOverlayWindow(&overlay);
@@ -344,6 +355,31 @@ private slots:
         QVERIFY(!shell.iconForFile(entry).isNull());
         QVERIFY(
             shell.iconForFile(desktop().scratchPath() + QLatin1String("/none.desktop")).isNull());
+    }
+
+    void appsWithoutAnEntryShowTheirWindowsIcon()
+    {
+        // openbox writes its own generic icon into the windows that carry
+        // none (here the dialog), so the app's own window comes first.
+        const xcb_window_t iconic =
+            owner(QStringLiteral("Iconic"),
+                  {QStringLiteral("name=main,icon=00c800"), QStringLiteral("type=dialog")});
+        QVERIFY(iconic);
+        const Pid pid = Pid(desktop().pidOf(iconic));
+        QVERIFY(eventually([&] {
+            int owned = 0;
+            for (const X11Client* client : m_cache->inClientOrder())
+                owned += client->pid == pid;
+            return owned == 2;
+        }));
+
+        X11ShellIntegration shell(X11Connection::fromQt(), m_cache);
+        const QIcon icon = shell.iconForProcess(pid);
+        QCOMPARE(icon.availableSizes(), QList<QSize>{QSize(48, 48)});
+        QCOMPARE(icon.pixmap(48, 48).toImage().pixel(24, 24), 0xFF00C800u);
+        // This process owns no managed window.
+        QVERIFY(shell.iconForProcess(Pid(QCoreApplication::applicationPid())).isNull());
+        QVERIFY(X11ShellIntegration(X11Connection::fromQt(), nullptr).iconForProcess(pid).isNull());
     }
 
     void windowsThatRefuseFocusAreRaisedNotWaitedFor()

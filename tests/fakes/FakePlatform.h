@@ -219,6 +219,7 @@ public:
     void setBlurBehind(QWindow*, const QRectF& area, qreal) override { blurArea = area; }
     void setRegularPresence(bool regular) override { presence.append(regular); }
     QIcon iconForFile(const QString&) override { return {}; }
+    QIcon iconForProcess(Pid) override { return {}; }
 
     bool blur = false;
     int preparedWindows = 0;

@@ -22,10 +22,21 @@ public:
     bool canBlurBehind() const override { return blur; }
     void setBlurBehind(QWindow*, const QRectF&, qreal) override {}
     void setRegularPresence(bool) override {}
-    QIcon iconForFile(const QString& path) override { return icons.value(path); }
+    QIcon iconForFile(const QString& path) override
+    {
+        ++lookups;
+        return icons.value(path);
+    }
+    QIcon iconForProcess(Pid pid) override
+    {
+        ++lookups;
+        return processIcons.value(pid);
+    }
 
     bool blur = false;
     QHash<QString, QIcon> icons;
+    QHash<Pid, QIcon> processIcons;
+    int lookups = 0;
 };
 
 OverlayItem row(const QString& title, std::optional<QString> badge = std::nullopt)
@@ -65,7 +76,8 @@ private slots:
     void chipIsDrawnInTheReadableAccent();
     void oneDotPerRowWithTheSelectedOneInAccent();
     void solidBackgroundHidesWhatIsBehind();
-    void iconComesFromTheShellElseTheTile();
+    void iconComesFromTheEntryThenTheWindowsElseTheTile();
+    void iconsAreLookedUpOncePerShowing();
     void sizeFollowsTheContent();
     void clickActivatesAndHoverSelects();
 
@@ -215,31 +227,79 @@ void OverlayViewTest::solidBackgroundHidesWhatIsBehind()
              qPrintable(QStringLiteral("%1 %2").arg(lightGrey).arg(darkGrey)));
 }
 
-void OverlayViewTest::iconComesFromTheShellElseTheTile()
+void OverlayViewTest::iconComesFromTheEntryThenTheWindowsElseTheTile()
 {
     m_prefs->setTheme(AppTheme::dark);
-    QPixmap green(64, 64);
-    green.fill(QColor(0, 200, 0));
-    m_shell->icons.insert(QStringLiteral("/apps/calc.desktop"), QIcon(green));
+    const QColor green(0, 200, 0);
+    const QColor blue(0, 0, 220);
+    const QColor tile(254, 188, 46); // the default accent
+    QPixmap entryIcon(64, 64);
+    entryIcon.fill(green);
+    QPixmap windowIcon(48, 48);
+    windowIcon.fill(blue);
+    m_shell->icons.insert(QStringLiteral("/apps/calc.desktop"), QIcon(entryIcon));
+    m_shell->processIcons.insert(42, QIcon(windowIcon));
 
-    OverlayItem calc = row("Calculator");
-    calc.iconPath = QStringLiteral("/apps/calc.desktop");
-    m_model->setItems({calc});
-    QImage image = render(Qt::black);
-    const QRectF pill = m_view->pillRect();
-    const QRectF icon(pill.left() + OverlayView::PillPaddingX, pill.center().y() - 21, 42, 42);
-    QVERIFY(distance(image.pixel(icon.center().toPoint()), QColor(0, 200, 0)) <= 4);
-    QVERIFY(!hasPixelNear(image, icon, QColor(254, 188, 46), 20));
-
-    // A path the shell has no icon for, and no path at all: the accent tile.
-    for (const std::optional<QString>& path :
-         {std::optional<QString>(QStringLiteral("/apps/gone.desktop")), std::optional<QString>()}) {
-        calc.iconPath = path;
+    struct Case
+    {
+        std::optional<QString> path;
+        std::optional<Pid> pid;
+        QColor expected;
+    };
+    const QList<Case> cases = {
+        {QStringLiteral("/apps/calc.desktop"), 42, green},
+        {QStringLiteral("/apps/gone.desktop"), 42, blue}, // an entry without an icon
+        {std::nullopt, 42, blue},
+        {QStringLiteral("/apps/gone.desktop"), 7, tile}, // windows without an icon
+        {std::nullopt, std::nullopt, tile},
+    };
+    for (const Case& c : cases) {
+        OverlayItem calc = row("Calculator");
+        calc.iconPath = c.path;
+        calc.pid = c.pid;
         m_model->setItems({calc});
-        image = render(Qt::black);
-        QVERIFY(!hasPixelNear(image, icon, QColor(0, 200, 0), 30));
-        QVERIFY(hasPixelNear(image, icon, QColor(254, 188, 46), 12));
+        const QImage image = render(Qt::black);
+        const QRectF pill = m_view->pillRect();
+        const QRectF icon(pill.left() + OverlayView::PillPaddingX, pill.center().y() - 21, 42, 42);
+        const QString what = c.path.value_or(QStringLiteral("no path")) + QLatin1Char(' ') +
+                             QString::number(c.pid.value_or(0));
+        if (c.expected == tile) {
+            QVERIFY2(hasPixelNear(image, icon, tile, 12), qPrintable(what));
+            QVERIFY2(!hasPixelNear(image, icon, green, 30), qPrintable(what));
+            QVERIFY2(!hasPixelNear(image, icon, blue, 30), qPrintable(what));
+        } else {
+            QVERIFY2(distance(image.pixel(icon.center().toPoint()), c.expected) <= 4,
+                     qPrintable(what));
+            QVERIFY2(!hasPixelNear(image, icon, tile, 20), qPrintable(what));
+        }
     }
+}
+
+void OverlayViewTest::iconsAreLookedUpOncePerShowing()
+{
+    QPixmap windowIcon(48, 48);
+    windowIcon.fill(Qt::blue);
+    m_shell->processIcons.insert(42, QIcon(windowIcon));
+    OverlayItem calc = row("Calculator");
+    calc.iconPath = QStringLiteral("/apps/gone.desktop");
+    calc.pid = 42;
+    m_view->show();
+    m_model->setItems({calc, row("Chess")});
+    for (int i = 0; i < 3; ++i) {
+        m_model->setSelection(0);
+        render(Qt::black);
+        m_model->setSelection(1);
+        render(Qt::black);
+    }
+    QCOMPARE(m_shell->lookups, 2); // the entry and the process, once each
+
+    // Hidden and shown again, the icons are asked for anew: the app may
+    // have quit and another taken its pid.
+    m_view->hide();
+    m_view->show();
+    m_model->setSelection(0);
+    render(Qt::black);
+    QCOMPARE(m_shell->lookups, 4);
 }
 
 void OverlayViewTest::sizeFollowsTheContent()

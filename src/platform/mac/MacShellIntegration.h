@@ -20,6 +20,7 @@ public:
     void setBlurBehind(QWindow* window, const QRectF& area, qreal cornerRadius) override;
     void setRegularPresence(bool regular) override;
     QIcon iconForFile(const QString& path) override;
+    QIcon iconForProcess(Pid pid) override;
     void setReopenHandler(std::function<void()> handler) override;
 
 private:

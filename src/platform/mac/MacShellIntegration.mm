@@ -204,25 +204,45 @@ void MacShellIntegration::setRegularPresence(bool regular)
         [NSApp activateIgnoringOtherApps:YES];
 }
 
-// Finder's icon for the file, handed to Qt as PNG data (Qt has no public
-// conversion from CGImage).
+namespace {
+
+// Handed to Qt as PNG data (Qt has no public conversion from CGImage). The
+// image is resized, so callers pass one they own.
+QIcon iconOf(NSImage* image)
+{
+    if (!image)
+        return {};
+    // Icons come at 32 x 32 points; asking for 128 picks their larger representation.
+    image.size = NSMakeSize(128, 128);
+    NSRect size = NSMakeRect(0, 0, 128, 128);
+    CGImageRef bitmap = [image CGImageForProposedRect:&size context:nil hints:nil];
+    if (!bitmap)
+        return {};
+    NSBitmapImageRep* rep = [[NSBitmapImageRep alloc] initWithCGImage:bitmap];
+    NSData* png = [rep representationUsingType:NSBitmapImageFileTypePNG properties:@{}];
+    QPixmap pixmap;
+    if (!png || !pixmap.loadFromData(static_cast<const uchar*>(png.bytes), uint(png.length), "PNG"))
+        return {};
+    return QIcon(pixmap);
+}
+
+} // namespace
+
+// Finder's icon for the file.
 QIcon MacShellIntegration::iconForFile(const QString& path)
 {
     @autoreleasepool {
-        NSImage* image = [NSWorkspace.sharedWorkspace iconForFile:path.toNSString()];
-        // The icon comes at 32 x 32 points; asking for 128 picks its larger representation.
-        image.size = NSMakeSize(128, 128);
-        NSRect size = NSMakeRect(0, 0, 128, 128);
-        CGImageRef bitmap = [image CGImageForProposedRect:&size context:nil hints:nil];
-        if (!bitmap)
-            return {};
-        NSBitmapImageRep* rep = [[NSBitmapImageRep alloc] initWithCGImage:bitmap];
-        NSData* png = [rep representationUsingType:NSBitmapImageFileTypePNG properties:@{}];
-        QPixmap pixmap;
-        if (!png ||
-            !pixmap.loadFromData(static_cast<const uchar*>(png.bytes), uint(png.length), "PNG"))
-            return {};
-        return QIcon(pixmap);
+        return iconOf([NSWorkspace.sharedWorkspace iconForFile:path.toNSString()]);
+    }
+}
+
+// The running app's icon; a copy, since the app object shares its image.
+QIcon MacShellIntegration::iconForProcess(Pid pid)
+{
+    @autoreleasepool {
+        NSRunningApplication* app =
+            [NSRunningApplication runningApplicationWithProcessIdentifier:pid_t(pid)];
+        return iconOf([app.icon copy]);
     }
 }
 

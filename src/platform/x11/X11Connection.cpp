@@ -19,6 +19,7 @@ constexpr std::array<const char*, size_t(Atom::Count)> AtomNames = {
     "_NET_WM_DESKTOP",
     "_NET_WM_PID",
     "_NET_WM_NAME",
+    "_NET_WM_ICON",
     "_NET_WM_STATE",
     "_NET_WM_STATE_HIDDEN",
     "_NET_WM_STATE_SKIP_TASKBAR",

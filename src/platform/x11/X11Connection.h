@@ -35,6 +35,7 @@ enum class Atom
     NetWmDesktop,
     NetWmPid,
     NetWmName,
+    NetWmIcon,
     NetWmState,
     NetWmStateHidden,
     NetWmStateSkipTaskbar,

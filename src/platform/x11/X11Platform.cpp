@@ -46,7 +46,7 @@ std::unique_ptr<Platform> createNativePlatform(const QString& qtPlatformName)
     platform->updater = std::make_unique<LinuxAppcastUpdater>(
         QUrl(QStringLiteral(VELKOR_UPDATE_FEED_URL)), QStringLiteral(VELKOR_VERSION));
     platform->singleInstance = std::make_unique<DBusSingleInstance>();
-    platform->shell = std::make_unique<X11ShellIntegration>(connection);
+    platform->shell = std::make_unique<X11ShellIntegration>(connection, cache);
     return platform;
 }
 

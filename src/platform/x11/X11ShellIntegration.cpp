@@ -3,14 +3,25 @@
 
 #include "platform/x11/Gio.h"
 #include "platform/x11/X11Connection.h"
+#include "platform/x11/X11WindowCache.h"
+#include "platform/x11/X11WindowIcon.h"
 
 #include <QFileInfo>
 #include <QWindow>
 
 namespace velkor::x11 {
 
-X11ShellIntegration::X11ShellIntegration(std::shared_ptr<X11Connection> connection)
-    : m_connection(std::move(connection))
+namespace {
+
+// _NET_WM_ICON commonly holds several sizes up to 256 × 256; this reads them
+// all (about 90,000 values) with room to spare.
+constexpr quint32 MaxIconValues = 1u << 18;
+
+} // namespace
+
+X11ShellIntegration::X11ShellIntegration(std::shared_ptr<X11Connection> connection,
+                                         std::shared_ptr<const X11WindowCache> windows)
+    : m_connection(std::move(connection)), m_windows(std::move(windows))
 {}
 
 void X11ShellIntegration::prepareOverlayWindow(QWindow* window)
@@ -72,6 +83,37 @@ QIcon X11ShellIntegration::iconForFile(const QString& path)
     if (QFileInfo(icon).isAbsolute())
         return QFileInfo::exists(icon) ? QIcon(icon) : QIcon();
     return QIcon::fromTheme(icon);
+}
+
+QIcon X11ShellIntegration::iconForProcess(Pid pid)
+{
+    if (!m_connection || !m_windows || pid <= 0)
+        return QIcon();
+    // Taskbar windows first: a dialog or tool window may carry another icon.
+    QList<xcb_window_t> windows;
+    QList<xcb_window_t> others;
+    for (const X11Client* client : m_windows->inClientOrder())
+        if (client->pid == pid)
+            (client->isTaskbarWindow() ? windows : others).append(client->id);
+    windows += others;
+
+    // One window at a time: the first usually has the icon, and asking all
+    // of them at once would transfer every copy of it.
+    xcb_connection_t* c = m_connection->get();
+    const xcb_atom_t property = m_connection->atom(Atom::NetWmIcon);
+    for (xcb_window_t window : windows) {
+        auto r = reply(xcb_get_property_reply(
+            c, xcb_get_property(c, 0, window, property, XCB_ATOM_CARDINAL, 0, MaxIconValues),
+            nullptr));
+        if (!r || r->format != 32)
+            continue;
+        const auto count = size_t(xcb_get_property_value_length(r.get())) / sizeof(quint32);
+        QIcon icon =
+            iconFromNetWmIcon(static_cast<const quint32*>(xcb_get_property_value(r.get())), count);
+        if (!icon.isNull())
+            return icon;
+    }
+    return QIcon();
 }
 
 } // namespace velkor::x11

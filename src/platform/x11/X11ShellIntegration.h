@@ -8,23 +8,29 @@
 namespace velkor::x11 {
 
 class X11Connection;
+class X11WindowCache;
 
 // The overlay as an override-redirect window (never managed, so never
 // focused, on every desktop and in no task list), blur through the KDE
-// blur protocol where a compositor offers it, icons from desktop entries.
+// blur protocol where a compositor offers it, icons from desktop entries and
+// from the icons windows carry.
 class X11ShellIntegration final : public ShellIntegration
 {
 public:
-    explicit X11ShellIntegration(std::shared_ptr<X11Connection> connection);
+    // Without windows, no app has a window icon.
+    X11ShellIntegration(std::shared_ptr<X11Connection> connection,
+                        std::shared_ptr<const X11WindowCache> windows);
 
     void prepareOverlayWindow(QWindow* window) override;
     bool canBlurBehind() const override;
     void setBlurBehind(QWindow* window, const QRectF& area, qreal cornerRadius) override;
     void setRegularPresence(bool) override {}
     QIcon iconForFile(const QString& path) override;
+    QIcon iconForProcess(Pid pid) override;
 
 private:
     std::shared_ptr<X11Connection> m_connection;
+    std::shared_ptr<const X11WindowCache> m_windows;
 };
 
 } // namespace velkor::x11
