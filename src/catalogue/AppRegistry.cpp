@@ -34,15 +34,15 @@ QCollator& nameCollator()
 }
 
 // Sorts by name with the collator's sort keys, computed once per entry
-// rather than once per comparison.
-void sortByName(QList<AppEntry>& entries)
+// rather than once per comparison; equal names keep their order.
+template <typename KeyOf> void sortByName(QList<AppEntry>& entries, KeyOf keyOf)
 {
-    QList<std::pair<QCollatorSortKey, qsizetype>> keyed;
+    QList<std::pair<const QCollatorSortKey*, qsizetype>> keyed;
     keyed.reserve(entries.size());
     for (qsizetype i = 0; i < entries.size(); ++i)
-        keyed.append({nameCollator().sortKey(entries[i].name), i});
+        keyed.append({&keyOf(entries[i].name), i});
     std::stable_sort(keyed.begin(), keyed.end(),
-                     [](const auto& a, const auto& b) { return a.first.compare(b.first) < 0; });
+                     [](const auto& a, const auto& b) { return a.first->compare(*b.first) < 0; });
     QList<AppEntry> sorted;
     sorted.reserve(entries.size());
     for (const auto& [key, i] : keyed)
@@ -107,9 +107,29 @@ void AppRegistry::refreshRunning()
         entry.pid = app.pid;
         entries.append(std::move(entry));
     }
-    sortByName(entries);
+    // A session starts with a refresh: names seen before reuse their
+    // collation and letter keys, and an unchanged result is not rebuilt.
+    QHash<QString, NameKeys> keys;
+    keys.reserve(entries.size());
+    for (const AppEntry& entry : std::as_const(entries)) {
+        if (keys.contains(entry.name))
+            continue;
+        auto known = m_nameKeys.constFind(entry.name);
+        keys.insert(entry.name,
+                    known != m_nameKeys.cend()
+                        ? *known
+                        : NameKeys{nameCollator().sortKey(entry.name), letterKey(entry.name)});
+    }
+    m_nameKeys = std::move(keys);
+    sortByName(entries, [this](const QString& name) -> const QCollatorSortKey& {
+        return m_nameKeys.constFind(name)->sortKey;
+    });
+    LetterUsage usage = m_prefs.letterUsage();
+    if (entries == m_runningApps && usage == m_usageInLetterMap)
+        return;
     m_runningApps = std::move(entries);
     emit runningAppsChanged();
+    m_usageInLetterMap = std::move(usage);
     rebuildLetterMap();
 }
 
@@ -135,24 +155,23 @@ int AppRegistry::compareNames(const QString& a, const QString& b)
 
 void AppRegistry::rebuildLetterMap()
 {
+    // The running apps are in name order already, and so is each letter's
+    // list; only the learnt order moves apps.
     LetterMap map;
     for (const AppEntry& entry : std::as_const(m_runningApps))
-        map[letterKey(entry.name)].append(entry);
+        map[m_nameKeys.constFind(entry.name)->letter].append(entry);
 
-    const LetterUsage usage = m_prefs.letterUsage();
     for (auto it = map.begin(); it != map.end(); ++it) {
-        const QStringList recent = usage.value(it.key().toLower());
+        const QStringList recent = m_usageInLetterMap.value(it.key().toLower());
         const auto rankOf = [&recent](const AppEntry& entry) -> qsizetype {
             return entry.bundleId ? recent.indexOf(*entry.bundleId) : -1;
         };
         std::stable_sort(it->begin(), it->end(), [&](const AppEntry& a, const AppEntry& b) {
             const qsizetype ra = rankOf(a);
             const qsizetype rb = rankOf(b);
-            if (ra >= 0 && rb >= 0 && ra != rb)
+            if (ra >= 0 && rb >= 0)
                 return ra < rb;
-            if ((ra >= 0) != (rb >= 0))
-                return ra >= 0;
-            return compareNames(a.name, b.name) < 0;
+            return ra >= 0 && rb < 0;
         });
     }
     m_letterMap = std::move(map);
@@ -179,7 +198,18 @@ void AppRegistry::indexInstalledApps(const InstalledAppSource& source)
 
 void AppRegistry::storeInstalledApps(QList<AppEntry> entries)
 {
-    sortByName(entries);
+    QList<QCollatorSortKey> keys;
+    keys.reserve(entries.size());
+    QHash<QString, qsizetype> keyOfName;
+    for (const AppEntry& entry : std::as_const(entries)) {
+        if (keyOfName.contains(entry.name))
+            continue;
+        keyOfName.insert(entry.name, keys.size());
+        keys.append(nameCollator().sortKey(entry.name));
+    }
+    sortByName(entries, [&](const QString& name) -> const QCollatorSortKey& {
+        return keys.at(keyOfName.value(name));
+    });
     QSet<QString> seen;
     QList<AppEntry> unique;
     unique.reserve(entries.size());

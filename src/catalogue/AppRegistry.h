@@ -3,9 +3,12 @@
 
 #include "catalogue/AppEntry.h"
 
+#include <QCollatorSortKey>
 #include <QHash>
 #include <QList>
+#include <QMap>
 #include <QObject>
+#include <QStringList>
 #include <memory>
 
 class QThread;
@@ -63,6 +66,16 @@ private:
     LetterMap m_letterMap;
     QList<AppEntry> m_installedApps;
     std::unique_ptr<QThread> m_scanThread;
+
+    struct NameKeys
+    {
+        QCollatorSortKey sortKey;
+        QString letter;
+    };
+    // The keys of the running apps' names, kept from one refresh to the next.
+    QHash<QString, NameKeys> m_nameKeys;
+    // The learnt order the letter map was built with.
+    QMap<QString, QStringList> m_usageInLetterMap;
 };
 
 } // namespace velkor

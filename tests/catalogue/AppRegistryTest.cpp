@@ -190,6 +190,18 @@ private slots:
         QCOMPARE(running.count(), 3);
         QCOMPARE(letters.count(), 3);
 
+        // Nothing changed: nothing is rebuilt or announced. A renamed app
+        // moves to its new letter, not the one its old name had.
+        registry.refreshRunning();
+        QCOMPARE(running.count(), 3);
+        QCOMPARE(letters.count(), 3);
+        m_workspace->apps.first().name = QStringLiteral("Zither");
+        registry.refreshRunning();
+        QCOMPARE(letters.count(), 4);
+        QVERIFY(!registry.letterMap().contains(QStringLiteral("m")));
+        QCOMPARE(namesOf(registry.letterMap().value(QStringLiteral("z"))), QStringList{"Zither"});
+        m_workspace->apps.first().name = QStringLiteral("Music");
+
         m_prefs->setExcluded(true, QStringLiteral("com.music"));
         registry.refreshRunning();
         QVERIFY(registry.runningApps().isEmpty());

@@ -23,12 +23,17 @@ class GioDesktopEntriesTest : public QObject
     QString home() const { return m_root.path() + QLatin1String("/home/applications"); }
     QString system() const { return m_root.path() + QLatin1String("/system/applications"); }
 
-    static void write(const QString& path, const QByteArray& keys)
+    static void writeRaw(const QString& path, const QByteArray& contents)
     {
         QDir().mkpath(QFileInfo(path).path());
         QFile file(path);
         QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write("[Desktop Entry]\nType=Application\nExec=true\n" + keys);
+        file.write(contents);
+    }
+
+    static void write(const QString& path, const QByteArray& keys)
+    {
+        writeRaw(path, "[Desktop Entry]\nType=Application\nExec=true\n" + keys);
     }
 
 private slots:
@@ -53,6 +58,22 @@ private slots:
         write(system() + QLatin1String("/org.gnome.Calculator.desktop"),
               "Name=Calculator\nStartupWMClass=gnome-calculator\n");
         write(system() + QLatin1String("/xeyes.desktop"), "Name=Eyes\n");
+        // Hidden removes the entry, and with it the system's entry of that id.
+        write(home() + QLatin1String("/masked.desktop"), "Name=Masked\nHidden=true\n");
+        write(system() + QLatin1String("/masked.desktop"), "Name=Unmasked\n");
+        write(home() + QLatin1String("/gnomeonly.desktop"), "Name=Gnome Only\nOnlyShowIn=GNOME;\n");
+        // Programs that are not installed: GIO offers neither entry.
+        write(home() + QLatin1String("/notried.desktop"),
+              "Name=Not Tried\nTryExec=velkor-no-such-program\n");
+        writeRaw(home() + QLatin1String("/noprogram.desktop"),
+                 "[Desktop Entry]\nType=Application\nName=No Program\n"
+                 "Exec=velkor-no-such-program --flag %U\n");
+        writeRaw(home() + QLatin1String("/quoted.desktop"),
+                 "[Desktop Entry]\nType=Application\nName=Quoted\nExec=\"true\" %F\n");
+        writeRaw(home() + QLatin1String("/link.desktop"),
+                 "[Desktop Entry]\nType=Link\nName=Link\nURL=https://example.org\n");
+        writeRaw(home() + QLatin1String("/broken.desktop"), "Name=No Group\n");
+        write(home() + QLatin1String("/readme.txt"), "Name=Not An Entry\n");
     }
 
     void scanShowsWhatAMenuWouldShowFromAWorkerThread()
@@ -74,6 +95,8 @@ private slots:
             {QStringLiteral("shadowed"), QStringLiteral("Mine")},
             {QStringLiteral("org.gnome.Calculator"), QStringLiteral("Calculator")},
             {QStringLiteral("xeyes"), QStringLiteral("Eyes")},
+            {QStringLiteral("gnomeonly"), QStringLiteral("Gnome Only")},
+            {QStringLiteral("quoted"), QStringLiteral("Quoted")},
         };
         QCOMPARE(byId, expected);
     }
