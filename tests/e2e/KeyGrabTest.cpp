@@ -148,10 +148,11 @@ private slots:
     {
         QString typed;
         const xcb_window_t recorder = launchRecorder(QStringLiteral("Recorder"), &typed);
-        const xcb_window_t last = desktop().launch(QStringLiteral(VELKOR_MULTI_WINDOW_CLIENT),
-                                                   {QStringLiteral("Burst"), QStringLiteral("one"),
-                                                    QStringLiteral("two"), QStringLiteral("three")},
-                                                   QStringLiteral("Burst"));
+        const xcb_window_t last =
+            desktop().launch(QStringLiteral(VELKOR_MULTI_WINDOW_CLIENT),
+                             {QStringLiteral("Burst"), QStringLiteral("name=one"),
+                              QStringLiteral("name=two"), QStringLiteral("name=three")},
+                             QStringLiteral("Burst"));
         QVERIFY(recorder && last);
         QList<xcb_window_t> burst; // front first
         QVERIFY(desktop().waitFor([&] {
