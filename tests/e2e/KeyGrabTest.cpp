@@ -3,7 +3,6 @@
 #include "XDesktop.h"
 #include "settings/Preferences.h"
 
-#include <QFile>
 #include <QtTest>
 #include <memory>
 
@@ -20,34 +19,18 @@ class KeyGrabTest : public QObject
     std::unique_ptr<XDesktop> m_desktop;
 
     XDesktop& desktop() { return *m_desktop; }
+    inline static const QString Recorder = QStringLiteral("Recorder");
 
     bool activeBecomes(xcb_window_t window, int timeoutMs = 3000)
     {
         return desktop().waitFor([&] { return desktop().activeWindow() == window; }, timeoutMs);
     }
 
-    // An xterm that writes every byte it is given to a file, at once.
-    xcb_window_t launchRecorder(const QString& wmClass, QString* file)
-    {
-        *file = desktop().scratchPath() + QLatin1Char('/') + wmClass;
-        return desktop().launch(QStringLiteral("xterm"),
-                                {QStringLiteral("-class"), wmClass, QStringLiteral("-e"),
-                                 QStringLiteral("sh"), QStringLiteral("-c"),
-                                 QStringLiteral("stty raw -echo; exec cat > '%1'").arg(*file)},
-                                wmClass);
-    }
-
-    static QString contents(const QString& path)
-    {
-        QFile file(path);
-        return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
-    }
-
-    // Waits for text to be exactly what the file holds; a key typed last
+    // Waits for text to be exactly what the recorder got; a key typed last
     // proves the keys before it have all been delivered or kept.
-    bool holdsExactly(const QString& path, const QString& text)
+    bool holdsExactly(const QString& text)
     {
-        return desktop().waitFor([&] { return contents(path) == text; }, 3000);
+        return desktop().waitFor([&] { return desktop().recorded(Recorder) == text; });
     }
 
     int setLayout(const QString& layout)
@@ -72,8 +55,7 @@ private slots:
     void typedUnderTheKeyStaysOutOfTheFocusedTerminalWhilePassedKeysReachIt()
     {
         const xcb_window_t alpha = desktop().launchTerminal(QStringLiteral("Alpha"));
-        QString typed;
-        const xcb_window_t recorder = launchRecorder(QStringLiteral("Recorder"), &typed);
+        const xcb_window_t recorder = desktop().launchRecorder(Recorder);
         QVERIFY(alpha && recorder);
         VelkorInstance velkor(desktop());
         QVERIFY2(velkor.start(), qPrintable(velkor.log()));
@@ -88,7 +70,7 @@ private slots:
             desktop().tap(comma);
         });
         desktop().type(QStringLiteral("s"));
-        QVERIFY2(holdsExactly(typed, QStringLiteral("0,s")), qPrintable(contents(typed)));
+        QVERIFY2(holdsExactly(QStringLiteral("0,s")), qPrintable(desktop().recorded(Recorder)));
         QCOMPARE(desktop().activeWindow(), recorder);
 
         // A letter that switches is kept too, and the next keys go where
@@ -98,15 +80,14 @@ private slots:
         desktop().activate(recorder);
         QVERIFY(activeBecomes(recorder));
         desktop().type(QStringLiteral("e"));
-        QVERIFY2(holdsExactly(typed, QStringLiteral("0,se")), qPrintable(contents(typed)));
+        QVERIFY2(holdsExactly(QStringLiteral("0,se")), qPrintable(desktop().recorded(Recorder)));
     }
 
     void superTabOpensTheWindowSwitcherOnlyWhenAsked()
     {
         const xcb_window_t alpha = desktop().launchTerminal(QStringLiteral("Alpha"));
         const xcb_window_t beta = desktop().launchTerminal(QStringLiteral("Beta"));
-        QString typed;
-        const xcb_window_t recorder = launchRecorder(QStringLiteral("Recorder"), &typed);
+        const xcb_window_t recorder = desktop().launchRecorder(Recorder);
         QVERIFY(alpha && beta && recorder);
         auto superTabs = [&](int tabs) {
             desktop().holding(key::SuperL, [&] {
@@ -123,7 +104,7 @@ private slots:
             QVERIFY(activeBecomes(recorder));
             superTabs(1);
             desktop().type(QStringLiteral("s"));
-            QVERIFY2(holdsExactly(typed, QStringLiteral("\ts")), qPrintable(contents(typed)));
+            QVERIFY2(holdsExactly(QStringLiteral("\ts")), qPrintable(desktop().recorded(Recorder)));
             QCOMPARE(desktop().activeWindow(), recorder);
             QVERIFY(velkor.stop());
         }
@@ -141,13 +122,12 @@ private slots:
         superTabs(2);
         QVERIFY2(activeBecomes(recorder), qPrintable(velkor.log()));
         desktop().type(QStringLiteral("e"));
-        QVERIFY2(holdsExactly(typed, QStringLiteral("\tse")), qPrintable(contents(typed)));
+        QVERIFY2(holdsExactly(QStringLiteral("\tse")), qPrintable(desktop().recorded(Recorder)));
     }
 
     void superGraveWalksEveryWindowOfTheFrontAppInABurst()
     {
-        QString typed;
-        const xcb_window_t recorder = launchRecorder(QStringLiteral("Recorder"), &typed);
+        const xcb_window_t recorder = desktop().launchRecorder(Recorder);
         const xcb_window_t last =
             desktop().launch(QStringLiteral(VELKOR_MULTI_WINDOW_CLIENT),
                              {QStringLiteral("Burst"), QStringLiteral("name=one"),
@@ -188,7 +168,7 @@ private slots:
         QVERIFY(activeBecomes(recorder));
         desktop().holding(key::SuperL, [&] { desktop().tap(key::Grave); });
         desktop().type(QStringLiteral("s"));
-        QVERIFY2(holdsExactly(typed, QStringLiteral("`s")), qPrintable(contents(typed)));
+        QVERIFY2(holdsExactly(QStringLiteral("`s")), qPrintable(desktop().recorded(Recorder)));
     }
 
     void doubleTapOpensTheWindowSwitcherAndTypingFiltersIt()

@@ -7,7 +7,6 @@
 #include "XDesktop.h"
 #include "platform/KeyCodes.h"
 
-#include <QFile>
 #include <QGuiApplication>
 #include <QTest>
 
@@ -57,13 +56,7 @@ class X11KeySourceTest : public QObject
 private slots:
     void initTestCase()
     {
-        m_typed = g_desktop->scratchPath() + QStringLiteral("/typed");
-        // Raw mode hands every byte to cat at once, Tab and grave included.
-        QVERIFY(g_desktop->launch(QStringLiteral("xterm"),
-                                  {QStringLiteral("-class"), QStringLiteral("Typed"),
-                                   QStringLiteral("-e"), QStringLiteral("sh"), QStringLiteral("-c"),
-                                   QStringLiteral("stty raw -echo; exec cat > '%1'").arg(m_typed)},
-                                  QStringLiteral("Typed")));
+        QVERIFY(g_desktop->launchRecorder(QStringLiteral("Typed")));
         // The xterm has focus once a probe key arrives in it.
         QTRY_VERIFY_WITH_TIMEOUT((g_desktop->tap(key::of('a')), typed().contains('a')), 10000);
     }
@@ -166,15 +159,10 @@ private:
         });
     }
 
-    QString typed() const
-    {
-        QFile file(m_typed);
-        return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
-    }
+    QString typed() const { return g_desktop->recorded(QStringLiteral("Typed")); }
     QString typedSinceStart() const { return typed().mid(m_typedBefore); }
 
     StillClock m_clock;
-    QString m_typed;
     qsizetype m_typedBefore = 0;
     QList<Seen> m_seen;
 };
