@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "DesktopTestCase.h"
 #include "VelkorInstance.h"
 #include "XDesktop.h"
 #include "settings/Preferences.h"
@@ -12,13 +13,10 @@ using namespace velkor::e2e;
 // The keyboard side of velkor on a real desktop: what the grabs keep from
 // the focused window and what they give back, the Super shortcuts, the
 // double tap, and a keymap changed under a running program.
-class KeyGrabTest : public QObject
+class KeyGrabTest : public DesktopTestCase
 {
     Q_OBJECT
 
-    std::unique_ptr<XDesktop> m_desktop;
-
-    XDesktop& desktop() { return *m_desktop; }
     inline static const QString Recorder = QStringLiteral("Recorder");
 
     bool activeBecomes(xcb_window_t window, int timeoutMs = 3000)
@@ -44,14 +42,6 @@ class KeyGrabTest : public QObject
     }
 
 private slots:
-    void init()
-    {
-        m_desktop = std::make_unique<XDesktop>();
-        QVERIFY2(m_desktop->start(), qPrintable(m_desktop->error()));
-    }
-
-    void cleanup() { m_desktop.reset(); }
-
     void typedUnderTheKeyStaysOutOfTheFocusedTerminalWhilePassedKeysReachIt()
     {
         const xcb_window_t alpha = desktop().launchTerminal(QStringLiteral("Alpha"));

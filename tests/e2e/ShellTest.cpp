@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "DesktopTestCase.h"
 #include "VelkorInstance.h"
 #include "XDesktop.h"
 #include "settings/Preferences.h"
@@ -79,22 +80,11 @@ void click(XDesktop& desktop, QPoint where, uint8_t button)
 
 // The faces of Velkor on a real X desktop: the overlay panel, the tray item
 // and its menu, and the settings window a second start brings up.
-class ShellTest : public QObject
+class ShellTest : public DesktopTestCase
 {
     Q_OBJECT
 
-    std::unique_ptr<XDesktop> m_desktop;
-    XDesktop& desktop() { return *m_desktop; }
-
 private slots:
-    void init()
-    {
-        m_desktop = std::make_unique<XDesktop>();
-        QVERIFY2(m_desktop->start(), qPrintable(m_desktop->error()));
-    }
-
-    void cleanup() { m_desktop.reset(); }
-
     void overlayAppearsInTheCornerWithoutTakingFocus()
     {
         const xcb_window_t term = desktop().launchTerminal(QStringLiteral("Workbench"));

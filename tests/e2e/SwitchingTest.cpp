@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "DesktopTestCase.h"
 #include "VelkorInstance.h"
 #include "XDesktop.h"
 #include "settings/Preferences.h"
@@ -12,13 +13,9 @@ using namespace velkor::e2e;
 
 // Letter switching and search against real X clients: which window the
 // window manager made active is read back from the server after each key.
-class SwitchingTest : public QObject
+class SwitchingTest : public DesktopTestCase
 {
     Q_OBJECT
-
-    std::unique_ptr<XDesktop> m_desktop;
-
-    XDesktop& desktop() { return *m_desktop; }
 
     // Three apps under "m" plus one elsewhere, which starts in front.
     void launchFruit()
@@ -36,14 +33,6 @@ class SwitchingTest : public QObject
     }
 
 private slots:
-    void init()
-    {
-        m_desktop = std::make_unique<XDesktop>();
-        QVERIFY2(m_desktop->start(), qPrintable(m_desktop->error()));
-    }
-
-    void cleanup() { m_desktop.reset(); }
-
     void letterBringsThatAppToTheFront()
     {
         const xcb_window_t alpha = desktop().launchTerminal(QStringLiteral("Alpha"));
