@@ -22,7 +22,6 @@ class AppcastFeedTest : public QObject
 {
     Q_OBJECT
 private slots:
-    void versionsCompareByParts_data();
     void versionsCompareByParts();
     void readsItemsFromElementsAndEnclosure();
     void newestSkipsOtherSystems();
@@ -30,33 +29,18 @@ private slots:
     void judgesTheFeedAgainstThisBuild();
 };
 
-void AppcastFeedTest::versionsCompareByParts_data()
-{
-    QTest::addColumn<QString>("older");
-    QTest::addColumn<QString>("newer");
-    QTest::newRow("numbers, not text") << "0.9.0"
-                                       << "0.10.0";
-    QTest::newRow("longer with a part") << "1.0"
-                                        << "1.0.1";
-    QTest::newRow("pre-release before release") << "1.0b2"
-                                                << "1.0";
-    QTest::newRow("pre-releases in order") << "1.0b2"
-                                           << "1.0b10";
-    QTest::newRow("alpha before beta") << "2.0a3"
-                                       << "2.0b1";
-    QTest::newRow("pre-release after the one before") << "1.0.1"
-                                                      << "1.1b1";
-    QTest::newRow("build numbers") << "99"
-                                   << "100";
-}
-
 void AppcastFeedTest::versionsCompareByParts()
 {
-    QFETCH(QString, older);
-    QFETCH(QString, newer);
-    QVERIFY(AppcastFeed::compareVersions(older, newer) < 0);
-    QVERIFY(AppcastFeed::compareVersions(newer, older) > 0);
-    QCOMPARE(AppcastFeed::compareVersions(newer, newer), 0);
+    // Numbers not text, an extra part, pre-releases before the release and
+    // in order, alpha before beta, build numbers.
+    const std::pair<const char*, const char*> olderNewer[] = {
+        {"0.9.0", "0.10.0"}, {"1.0", "1.0.1"},   {"1.0b2", "1.0"}, {"1.0b2", "1.0b10"},
+        {"2.0a3", "2.0b1"},  {"1.0.1", "1.1b1"}, {"99", "100"}};
+    for (const auto& [older, newer] : olderNewer) {
+        QVERIFY2(AppcastFeed::compareVersions(older, newer) < 0, older);
+        QVERIFY2(AppcastFeed::compareVersions(newer, older) > 0, newer);
+        QCOMPARE(AppcastFeed::compareVersions(newer, newer), 0);
+    }
     // Trailing zeros and separators do not make a version newer.
     QCOMPARE(AppcastFeed::compareVersions("1.0", "1.0.0"), 0);
     QCOMPARE(AppcastFeed::compareVersions("1-2", "1.2"), 0);

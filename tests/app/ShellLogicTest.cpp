@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "app/LaunchAtLogin.h"
 #include "app/PermissionsManager.h"
-#include "app/StatusMenuModel.h"
 #include "fakes/FakePlatform.h"
 
 #include <QSignalSpy>
@@ -49,36 +48,6 @@ private slots:
             perms.startPolling([&] { ++dropped; });
         }
         QCOMPARE(p.clock->pendingCount(), 0); // the poll dies with its manager
-    }
-
-    void statusMenuFollowsTheTrustStateOnEveryOpening()
-    {
-        FakePlatform p;
-        PermissionsManager perms(*p.trust, *p.clock);
-        StatusMenuModel menu(perms);
-        menu.setVersion(QString());
-        auto describe = [&] {
-            QStringList out;
-            for (const StatusMenuEntry& e : menu.rebuild())
-                out << (e.separator ? QStringLiteral("-") : e.title + (e.enabled ? "+" : ""));
-            return out;
-        };
-        QCOMPARE(describe(),
-                 QStringList({"Accessibility permission needed+", "-", "Settings…+",
-                              "Check for Updates…+", "-", "Quit Velkor+", "-", "Velkor 0.1.0"}));
-        p.trust->trusted = true; // granted while the menu was closed
-        QCOMPARE(describe().first(), QStringLiteral("Velkor is active"));
-
-        QStringList called;
-        for (const StatusMenuEntry& e : menu.entries())
-            menu.trigger(e.action); // no callbacks yet: nothing happens
-        menu.callbacks.openSettings = [&] { called << "settings"; };
-        menu.callbacks.checkForUpdates = [&] { called << "updates"; };
-        menu.callbacks.quit = [&] { called << "quit"; };
-        for (const StatusMenuEntry& e : menu.entries())
-            menu.trigger(e.action);
-        menu.trigger(StatusMenuAction::openPermissions); // never set
-        QCOMPARE(called, QStringList({"settings", "updates", "quit"}));
     }
 
     void launchAtLoginChangesOnlyWhatDiffersAndLogsFailures()

@@ -103,6 +103,9 @@ void StatusItemControllerTest::entriesCallTheirCallbacks()
         action->trigger();
     }
     QCOMPARE(calls, (QStringList{"permissions", "settings", "updates"}));
+    model.callbacks.quit = [&] { calls << "quit"; };
+    actionNamed(controller.menu(), QStringLiteral("Quit Velkor"))->trigger();
+    QCOMPARE(calls.last(), QStringLiteral("quit"));
 
     // Rebuilt twice: each choice still fires once, not once per rebuild.
     emit controller.menu().aboutToShow();

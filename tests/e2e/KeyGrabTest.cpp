@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
+#include "DesktopTestCase.h"
 #include "VelkorInstance.h"
 #include "XDesktop.h"
 #include "settings/Preferences.h"
 
-#include <QFile>
 #include <QtTest>
 #include <memory>
 
@@ -13,41 +13,22 @@ using namespace velkor::e2e;
 // The keyboard side of velkor on a real desktop: what the grabs keep from
 // the focused window and what they give back, the Super shortcuts, the
 // double tap, and a keymap changed under a running program.
-class KeyGrabTest : public QObject
+class KeyGrabTest : public DesktopTestCase
 {
     Q_OBJECT
 
-    std::unique_ptr<XDesktop> m_desktop;
-
-    XDesktop& desktop() { return *m_desktop; }
+    inline static const QString Recorder = QStringLiteral("Recorder");
 
     bool activeBecomes(xcb_window_t window, int timeoutMs = 3000)
     {
         return desktop().waitFor([&] { return desktop().activeWindow() == window; }, timeoutMs);
     }
 
-    // An xterm that writes every byte it is given to a file, at once.
-    xcb_window_t launchRecorder(const QString& wmClass, QString* file)
-    {
-        *file = desktop().scratchPath() + QLatin1Char('/') + wmClass;
-        return desktop().launch(QStringLiteral("xterm"),
-                                {QStringLiteral("-class"), wmClass, QStringLiteral("-e"),
-                                 QStringLiteral("sh"), QStringLiteral("-c"),
-                                 QStringLiteral("stty raw -echo; exec cat > '%1'").arg(*file)},
-                                wmClass);
-    }
-
-    static QString contents(const QString& path)
-    {
-        QFile file(path);
-        return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
-    }
-
-    // Waits for text to be exactly what the file holds; a key typed last
+    // Waits for text to be exactly what the recorder got; a key typed last
     // proves the keys before it have all been delivered or kept.
-    bool holdsExactly(const QString& path, const QString& text)
+    bool holdsExactly(const QString& text)
     {
-        return desktop().waitFor([&] { return contents(path) == text; }, 3000);
+        return desktop().waitFor([&] { return desktop().recorded(Recorder) == text; });
     }
 
     int setLayout(const QString& layout)
@@ -61,19 +42,10 @@ class KeyGrabTest : public QObject
     }
 
 private slots:
-    void init()
-    {
-        m_desktop = std::make_unique<XDesktop>();
-        QVERIFY2(m_desktop->start(), qPrintable(m_desktop->error()));
-    }
-
-    void cleanup() { m_desktop.reset(); }
-
     void typedUnderTheKeyStaysOutOfTheFocusedTerminalWhilePassedKeysReachIt()
     {
         const xcb_window_t alpha = desktop().launchTerminal(QStringLiteral("Alpha"));
-        QString typed;
-        const xcb_window_t recorder = launchRecorder(QStringLiteral("Recorder"), &typed);
+        const xcb_window_t recorder = desktop().launchRecorder(Recorder);
         QVERIFY(alpha && recorder);
         VelkorInstance velkor(desktop());
         QVERIFY2(velkor.start(), qPrintable(velkor.log()));
@@ -88,7 +60,7 @@ private slots:
             desktop().tap(comma);
         });
         desktop().type(QStringLiteral("s"));
-        QVERIFY2(holdsExactly(typed, QStringLiteral("0,s")), qPrintable(contents(typed)));
+        QVERIFY2(holdsExactly(QStringLiteral("0,s")), qPrintable(desktop().recorded(Recorder)));
         QCOMPARE(desktop().activeWindow(), recorder);
 
         // A letter that switches is kept too, and the next keys go where
@@ -98,15 +70,14 @@ private slots:
         desktop().activate(recorder);
         QVERIFY(activeBecomes(recorder));
         desktop().type(QStringLiteral("e"));
-        QVERIFY2(holdsExactly(typed, QStringLiteral("0,se")), qPrintable(contents(typed)));
+        QVERIFY2(holdsExactly(QStringLiteral("0,se")), qPrintable(desktop().recorded(Recorder)));
     }
 
     void superTabOpensTheWindowSwitcherOnlyWhenAsked()
     {
         const xcb_window_t alpha = desktop().launchTerminal(QStringLiteral("Alpha"));
         const xcb_window_t beta = desktop().launchTerminal(QStringLiteral("Beta"));
-        QString typed;
-        const xcb_window_t recorder = launchRecorder(QStringLiteral("Recorder"), &typed);
+        const xcb_window_t recorder = desktop().launchRecorder(Recorder);
         QVERIFY(alpha && beta && recorder);
         auto superTabs = [&](int tabs) {
             desktop().holding(key::SuperL, [&] {
@@ -123,7 +94,7 @@ private slots:
             QVERIFY(activeBecomes(recorder));
             superTabs(1);
             desktop().type(QStringLiteral("s"));
-            QVERIFY2(holdsExactly(typed, QStringLiteral("\ts")), qPrintable(contents(typed)));
+            QVERIFY2(holdsExactly(QStringLiteral("\ts")), qPrintable(desktop().recorded(Recorder)));
             QCOMPARE(desktop().activeWindow(), recorder);
             QVERIFY(velkor.stop());
         }
@@ -141,17 +112,17 @@ private slots:
         superTabs(2);
         QVERIFY2(activeBecomes(recorder), qPrintable(velkor.log()));
         desktop().type(QStringLiteral("e"));
-        QVERIFY2(holdsExactly(typed, QStringLiteral("\tse")), qPrintable(contents(typed)));
+        QVERIFY2(holdsExactly(QStringLiteral("\tse")), qPrintable(desktop().recorded(Recorder)));
     }
 
     void superGraveWalksEveryWindowOfTheFrontAppInABurst()
     {
-        QString typed;
-        const xcb_window_t recorder = launchRecorder(QStringLiteral("Recorder"), &typed);
-        const xcb_window_t last = desktop().launch(QStringLiteral(VELKOR_MULTI_WINDOW_CLIENT),
-                                                   {QStringLiteral("Burst"), QStringLiteral("one"),
-                                                    QStringLiteral("two"), QStringLiteral("three")},
-                                                   QStringLiteral("Burst"));
+        const xcb_window_t recorder = desktop().launchRecorder(Recorder);
+        const xcb_window_t last =
+            desktop().launch(QStringLiteral(VELKOR_MULTI_WINDOW_CLIENT),
+                             {QStringLiteral("Burst"), QStringLiteral("name=one"),
+                              QStringLiteral("name=two"), QStringLiteral("name=three")},
+                             QStringLiteral("Burst"));
         QVERIFY(recorder && last);
         QList<xcb_window_t> burst; // front first
         QVERIFY(desktop().waitFor([&] {
@@ -187,7 +158,7 @@ private slots:
         QVERIFY(activeBecomes(recorder));
         desktop().holding(key::SuperL, [&] { desktop().tap(key::Grave); });
         desktop().type(QStringLiteral("s"));
-        QVERIFY2(holdsExactly(typed, QStringLiteral("`s")), qPrintable(contents(typed)));
+        QVERIFY2(holdsExactly(QStringLiteral("`s")), qPrintable(desktop().recorded(Recorder)));
     }
 
     void doubleTapOpensTheWindowSwitcherAndTypingFiltersIt()

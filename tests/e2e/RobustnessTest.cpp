@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "DesktopTestCase.h"
 #include "VelkorInstance.h"
 #include "XDesktop.h"
 
@@ -10,13 +11,9 @@ using namespace velkor::e2e;
 
 // Things that go away under the program's feet: apps, windows, the window
 // manager itself. The program must stay up and keep switching.
-class RobustnessTest : public QObject
+class RobustnessTest : public DesktopTestCase
 {
     Q_OBJECT
-
-    std::unique_ptr<XDesktop> m_desktop;
-
-    XDesktop& desktop() { return *m_desktop; }
 
     // The program still works: a fresh gesture switches.
     void stillSwitches(VelkorInstance& velkor, xcb_window_t away, const QString& letter,
@@ -30,14 +27,6 @@ class RobustnessTest : public QObject
     }
 
 private slots:
-    void init()
-    {
-        m_desktop = std::make_unique<XDesktop>();
-        QVERIFY2(m_desktop->start(), qPrintable(m_desktop->error()));
-    }
-
-    void cleanup() { m_desktop.reset(); }
-
     void appKilledInMidSession()
     {
         const xcb_window_t mango = desktop().launchTerminal(QStringLiteral("Mango"));

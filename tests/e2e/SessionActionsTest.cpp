@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "DesktopTestCase.h"
 #include "VelkorInstance.h"
 #include "XDesktop.h"
 #include "settings/Preferences.h"
@@ -12,13 +13,9 @@ using namespace velkor::e2e;
 
 // What a session does besides switching: closing, quitting and hiding the
 // chosen app with Left Super + W, Q, H, and moving the pointer after it.
-class SessionActionsTest : public QObject
+class SessionActionsTest : public DesktopTestCase
 {
     Q_OBJECT
-
-    std::unique_ptr<XDesktop> m_desktop;
-
-    XDesktop& desktop() { return *m_desktop; }
 
     // Under the activation key: the letter, then Left Super + action key.
     void letterThenAction(QChar letter, QChar action)
@@ -30,14 +27,6 @@ class SessionActionsTest : public QObject
     }
 
 private slots:
-    void init()
-    {
-        m_desktop = std::make_unique<XDesktop>();
-        QVERIFY2(m_desktop->start(), qPrintable(m_desktop->error()));
-    }
-
-    void cleanup() { m_desktop.reset(); }
-
     void closeQuitAndHideTheChosenApp()
     {
         const xcb_window_t alpha = desktop().launchTerminal(QStringLiteral("Alpha"));

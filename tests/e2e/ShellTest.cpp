@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "DesktopTestCase.h"
 #include "VelkorInstance.h"
 #include "XDesktop.h"
 #include "settings/Preferences.h"
@@ -53,20 +54,6 @@ bool isViewable(xcb_connection_t* c, xcb_window_t window)
     return attributes && attributes->map_state == XCB_MAP_STATE_VIEWABLE;
 }
 
-// The window's rectangle in root coordinates.
-QRect rootRect(xcb_connection_t* c, xcb_window_t root, xcb_window_t window)
-{
-    Reply<xcb_get_geometry_reply_t> geometry(
-        xcb_get_geometry_reply(c, xcb_get_geometry(c, window), nullptr), &free);
-    Reply<xcb_translate_coordinates_reply_t> origin(
-        xcb_translate_coordinates_reply(c, xcb_translate_coordinates(c, window, root, 0, 0),
-                                        nullptr),
-        &free);
-    if (!geometry || !origin)
-        return {};
-    return QRect(origin->dst_x, origin->dst_y, geometry->width, geometry->height);
-}
-
 // Shown windows with this exact title.
 QList<xcb_window_t> shownWindowsNamed(XDesktop& desktop, const QString& title)
 {
@@ -93,22 +80,11 @@ void click(XDesktop& desktop, QPoint where, uint8_t button)
 
 // The faces of Velkor on a real X desktop: the overlay panel, the tray item
 // and its menu, and the settings window a second start brings up.
-class ShellTest : public QObject
+class ShellTest : public DesktopTestCase
 {
     Q_OBJECT
 
-    std::unique_ptr<XDesktop> m_desktop;
-    XDesktop& desktop() { return *m_desktop; }
-
 private slots:
-    void init()
-    {
-        m_desktop = std::make_unique<XDesktop>();
-        QVERIFY2(m_desktop->start(), qPrintable(m_desktop->error()));
-    }
-
-    void cleanup() { m_desktop.reset(); }
-
     void overlayAppearsInTheCornerWithoutTakingFocus()
     {
         const xcb_window_t term = desktop().launchTerminal(QStringLiteral("Workbench"));
@@ -131,9 +107,7 @@ private slots:
         // Not before the delay.
         QVERIFY2(held.elapsed() >= 250, qPrintable(QString::number(held.elapsed())));
         const xcb_window_t overlay = shownWindowsNamed(desktop(), "Velkor overlay").first();
-        xcb_connection_t* c = desktop().connection();
-        const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(c)).data->root;
-        const QRect rect = rootRect(c, root, overlay);
+        const QRect rect = desktop().frame(overlay); // unmanaged: no frame extents
         QCOMPARE(rect.topLeft(), QPoint(24, 24));
         QVERIFY(rect.width() >= 180 && rect.height() >= 60);
         // The terminal keeps the keyboard while the overlay shows.
@@ -215,7 +189,7 @@ private slots:
                                  tree && tree->parent != root &&
                                  desktop().wmClass(w) == QLatin1String("Velkor") &&
                                  isViewable(c, w);
-                             if (embedded && rootRect(c, root, w).top() < 30) {
+                             if (embedded && desktop().frame(w).top() < 30) {
                                  icon = w;
                                  return true;
                              }
@@ -225,7 +199,7 @@ private slots:
                      5000),
                  "the tray icon was not embedded");
 
-        const QRect iconRect = rootRect(c, root, icon);
+        const QRect iconRect = desktop().frame(icon);
         QVERIFY(iconRect.width() > 0 && iconRect.width() <= 64);
         const QList<xcb_window_t> existing = allWindows(c, root);
         const QSet<xcb_window_t> before(existing.cbegin(), existing.cend());
@@ -235,7 +209,7 @@ private slots:
                      [&] {
                          for (const xcb_window_t w : allWindows(c, root))
                              if (!before.contains(w) && isViewable(c, w) &&
-                                 rootRect(c, root, w).height() > 100)
+                                 desktop().frame(w).height() > 100)
                                  return true;
                          return false;
                      },

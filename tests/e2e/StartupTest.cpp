@@ -39,50 +39,37 @@ class StartupTest : public QObject
     Q_OBJECT
 
 private slots:
-    void startsOnAnX11DesktopAndQuitsCleanly()
-    {
-        XDesktop desktop;
-        QVERIFY2(desktop.start(), qPrintable(desktop.error()));
-        VelkorInstance velkor(desktop);
-        QVERIFY2(velkor.start(), qPrintable(velkor.log()));
-        QVERIFY(!velkor.log().contains(QLatin1String("failed to create event tap")));
-        QVERIFY2(velkor.stop(), qPrintable(velkor.log()));
-    }
-
     void brokenEnvironmentsGetOneLineAndAnExitCode()
     {
         XDesktop desktop; // only for its scratch folder and base environment
-        QProcessEnvironment base = VelkorInstance(desktop).environment();
-
-        QProcessEnvironment noDisplay = base;
-        noDisplay.remove(QStringLiteral("DISPLAY"));
-        Outcome outcome = runWith(noDisplay);
-        QVERIFY(!outcome.crashed);
-        QCOMPARE(outcome.exitCode, 1);
-        QVERIFY2(outcome.output.contains(QLatin1String("DISPLAY is not set")),
-                 qPrintable(outcome.output));
-        QCOMPARE(outcome.output.count(QLatin1Char('\n')), 0);
-
-        QProcessEnvironment waylandOnly = noDisplay;
-        waylandOnly.insert(QStringLiteral("WAYLAND_DISPLAY"), QStringLiteral("wayland-0"));
-        outcome = runWith(waylandOnly);
-        QVERIFY(!outcome.crashed);
-        QCOMPARE(outcome.exitCode, 1);
-        QVERIFY2(outcome.output.contains(QLatin1String("Wayland")), qPrintable(outcome.output));
-
-        QProcessEnvironment deadDisplay = base;
-        deadDisplay.insert(QStringLiteral("DISPLAY"), QStringLiteral(":4711"));
-        outcome = runWith(deadDisplay);
-        QVERIFY(!outcome.crashed);
-        QCOMPARE(outcome.exitCode, 1);
-        QVERIFY2(outcome.output.contains(QLatin1String("cannot open the X display \":4711\"")),
-                 qPrintable(outcome.output));
-
-        // A Qt platform chosen by the user must not take Velkor off X11.
-        QProcessEnvironment offscreen = noDisplay;
-        offscreen.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
-        outcome = runWith(offscreen);
-        QCOMPARE(outcome.exitCode, 1);
+        const QProcessEnvironment base = VelkorInstance(desktop).environment();
+        auto with = [&](const QString& variable, const QString& value) {
+            QProcessEnvironment env = base;
+            env.remove(QStringLiteral("DISPLAY"));
+            if (!variable.isEmpty())
+                env.insert(variable, value);
+            return env;
+        };
+        const struct
+        {
+            QProcessEnvironment env;
+            const char* says;
+        } cases[] = {
+            {with({}, {}), "DISPLAY is not set"},
+            {with(QStringLiteral("WAYLAND_DISPLAY"), QStringLiteral("wayland-0")), "Wayland"},
+            {with(QStringLiteral("DISPLAY"), QStringLiteral(":4711")),
+             "cannot open the X display \":4711\""},
+            // A Qt platform chosen by the user must not take Velkor off X11.
+            {with(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen")),
+             "DISPLAY is not set"},
+        };
+        for (const auto& c : cases) {
+            const Outcome outcome = runWith(c.env);
+            QVERIFY(!outcome.crashed);
+            QCOMPARE(outcome.exitCode, 1);
+            QVERIFY2(outcome.output.contains(QLatin1String(c.says)), qPrintable(outcome.output));
+            QCOMPARE(outcome.output.count(QLatin1Char('\n')), 0);
+        }
     }
 
     void aServerWithoutXTestIsNotTrusted()

@@ -14,7 +14,6 @@
 #include <QWindow>
 #include <QtTest>
 #include <memory>
-#include <xcb/xcb_icccm.h>
 
 using namespace velkor;
 using namespace velkor::e2e;
@@ -23,77 +22,6 @@ using namespace velkor::x11;
 namespace {
 
 XDesktop* g_desktop = nullptr;
-
-// The child side: "--windows CLASS WINDOW...", one window per WINDOW, a comma
-// list of name=, wmname=, gtk=, icon=RRGGBB, type=utility|dialog, skip,
-// noinput. Lives
-// until it is killed.
-int runWindowOwner(const QStringList& args)
-{
-    xcb_connection_t* c = xcb_connect(nullptr, nullptr);
-    if (xcb_connection_has_error(c))
-        return 1;
-    const xcb_screen_t* screen = xcb_setup_roots_iterator(xcb_get_setup(c)).data;
-    auto atom = [c](const char* name) {
-        auto* r =
-            xcb_intern_atom_reply(c, xcb_intern_atom(c, 0, uint16_t(strlen(name)), name), nullptr);
-        const xcb_atom_t a = r ? r->atom : xcb_atom_t(XCB_ATOM_NONE);
-        free(r);
-        return a;
-    };
-    const QByteArray cls = args.value(0).toLatin1();
-    const QByteArray wmClass = cls.toLower() + '\0' + cls + '\0';
-    for (const QString& description : args.mid(1)) {
-        const xcb_window_t w = xcb_generate_id(c);
-        xcb_create_window(c, XCB_COPY_FROM_PARENT, w, screen->root, 0, 0, 200, 100, 0,
-                          XCB_WINDOW_CLASS_INPUT_OUTPUT, screen->root_visual, 0, nullptr);
-        xcb_icccm_set_wm_class(c, w, uint32_t(wmClass.size()), wmClass.constData());
-        QList<xcb_atom_t> states;
-        for (const QString& item : description.split(QLatin1Char(','), Qt::SkipEmptyParts)) {
-            const QByteArray key = item.section(QLatin1Char('='), 0, 0).toLatin1();
-            const QByteArray value = item.section(QLatin1Char('='), 1).toUtf8();
-            if (key == "name")
-                xcb_change_property(c, XCB_PROP_MODE_REPLACE, w, atom("_NET_WM_NAME"),
-                                    atom("UTF8_STRING"), 8, uint32_t(value.size()), value.data());
-            else if (key == "wmname")
-                xcb_icccm_set_wm_name(c, w, XCB_ATOM_STRING, 8, uint32_t(value.size()),
-                                      value.data());
-            else if (key == "gtk")
-                xcb_change_property(c, XCB_PROP_MODE_REPLACE, w, atom("_GTK_APPLICATION_ID"),
-                                    atom("UTF8_STRING"), 8, uint32_t(value.size()), value.data());
-            else if (key == "icon") {
-                // A small frame and one of the overlay's size, in one colour.
-                const quint32 argb = 0xFF000000u | value.toUInt(nullptr, 16);
-                QList<quint32> icon;
-                for (const quint32 side : {16u, 48u}) {
-                    icon << side << side;
-                    icon.append(QList<quint32>(qsizetype(side * side), argb));
-                }
-                xcb_change_property(c, XCB_PROP_MODE_REPLACE, w, atom("_NET_WM_ICON"),
-                                    XCB_ATOM_CARDINAL, 32, uint32_t(icon.size()), icon.constData());
-            } else if (key == "type") {
-                const xcb_atom_t type = atom(value == "utility" ? "_NET_WM_WINDOW_TYPE_UTILITY"
-                                                                : "_NET_WM_WINDOW_TYPE_DIALOG");
-                xcb_change_property(c, XCB_PROP_MODE_REPLACE, w, atom("_NET_WM_WINDOW_TYPE"),
-                                    XCB_ATOM_ATOM, 32, 1, &type);
-            } else if (key == "skip")
-                states.append(atom("_NET_WM_STATE_SKIP_TASKBAR"));
-            else if (key == "noinput") {
-                xcb_icccm_wm_hints_t hints{};
-                xcb_icccm_wm_hints_set_input(&hints, 0);
-                xcb_icccm_set_wm_hints(c, w, &hints);
-            }
-        }
-        if (!states.isEmpty())
-            xcb_change_property(c, XCB_PROP_MODE_REPLACE, w, atom("_NET_WM_STATE"), XCB_ATOM_ATOM,
-                                32, uint32_t(states.size()), states.constData());
-        xcb_map_window(c, w);
-    }
-    xcb_flush(c);
-    while (xcb_generic_event_t* event = xcb_wait_for_event(c))
-        free(event);
-    return 0;
-}
 
 } // namespace
 
@@ -113,9 +41,8 @@ class X11BackendTest : public QObject
 
     xcb_window_t owner(const QString& cls, const QStringList& descriptions)
     {
-        const xcb_window_t w =
-            desktop().launch(QCoreApplication::applicationFilePath(),
-                             QStringList{QStringLiteral("--windows"), cls} + descriptions, cls);
+        const xcb_window_t w = desktop().launch(QStringLiteral(VELKOR_MULTI_WINDOW_CLIENT),
+                                                QStringList{cls} + descriptions, cls);
         m_started.append(w);
         return w;
     }
@@ -181,7 +108,8 @@ private slots:
 
         const auto toolsApp = appOf(tools);
         QVERIFY(toolsApp && toolsApp->regular);
-        QCOMPARE(m_windows->windowsOf(toolsApp->pid)->size(), 2);
+        // The client maps its windows one at a time.
+        QVERIFY(eventually([&] { return m_windows->windowsOf(toolsApp->pid)->size() == 2; }));
 
         const auto trayApp = appOf(tray);
         QVERIFY(trayApp);
@@ -404,12 +332,6 @@ private slots:
 
 int main(int argc, char** argv)
 {
-    if (argc > 2 && qstrcmp(argv[1], "--windows") == 0) {
-        QStringList args;
-        for (int i = 2; i < argc; ++i)
-            args.append(QString::fromUtf8(argv[i]));
-        return runWindowOwner(args);
-    }
     // The desktop comes first: the application connects to it.
     XDesktop desktop;
     if (!desktop.start()) {

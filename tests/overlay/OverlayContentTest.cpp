@@ -31,7 +31,6 @@ private slots:
     void switchModeShowsTitleAndBadgeOnly();
     void searchModeShowsQueryChipAndSubtitle();
     void windowsModeFallsBackForUntitledWindows();
-    void dotsAppearFromTwoRows();
     void accentIsKeptOnDarkAndDarkenedOnLight();
 };
 
@@ -128,20 +127,6 @@ void OverlayContentTest::windowsModeFallsBackForUntitledWindows()
     model.setMode(ModeSwitch);
     model.setSelection(0);
     QCOMPARE(OverlayContent::of(model).primary, QString());
-}
-
-void OverlayContentTest::dotsAppearFromTwoRows()
-{
-    OverlayModel model;
-    model.setItems({item("A")});
-    QCOMPARE(OverlayContent::of(model).dotCount, 0);
-    model.setItems({item("A"), item("B")});
-    QCOMPARE(OverlayContent::of(model).dotCount, 2);
-    model.setItems({item("A"), item("B"), item("C"), item("D")});
-    model.setSelection(2);
-    const auto content = OverlayContent::of(model);
-    QCOMPARE(content.dotCount, 4);
-    QCOMPARE(content.selectedDot, 2);
 }
 
 void OverlayContentTest::accentIsKeptOnDarkAndDarkenedOnLight()

@@ -65,14 +65,37 @@ bool hasPixelNear(const QImage& image, const QRectF& area, const QColor& color, 
     return false;
 }
 
+// A fresh view over its own settings, model and shell for each test.
+struct Fixture
+{
+    QTemporaryDir dir;
+    Preferences prefs{
+        std::make_unique<QSettings>(dir.filePath("velkor.ini"), QSettings::IniFormat)};
+    OverlayModel model;
+    TestShell shell;
+    OverlayView view{model, prefs, shell};
+
+    // As a compositor would: the window drawn on its own, then laid over
+    // what is behind it.
+    QImage render(const QColor& background)
+    {
+        view.resize(view.sizeHint());
+        QImage window(view.size(), QImage::Format_ARGB32_Premultiplied);
+        window.fill(Qt::transparent);
+        view.render(&window, QPoint(), QRegion(), QWidget::DrawChildren);
+        QImage screen(view.size(), QImage::Format_ARGB32);
+        screen.fill(background);
+        QPainter(&screen).drawImage(0, 0, window);
+        return screen;
+    }
+};
+
 } // namespace
 
 class OverlayViewTest : public QObject
 {
     Q_OBJECT
 private slots:
-    void init();
-    void cleanup();
     void chipIsDrawnInTheReadableAccent();
     void oneDotPerRowWithTheSelectedOneInAccent();
     void solidBackgroundHidesWhatIsBehind();
@@ -80,79 +103,39 @@ private slots:
     void iconsAreLookedUpOncePerShowing();
     void sizeFollowsTheContent();
     void clickActivatesAndHoverSelects();
-
-private:
-    QImage render(const QColor& background);
-
-    std::unique_ptr<QTemporaryDir> m_dir;
-    std::unique_ptr<Preferences> m_prefs;
-    std::unique_ptr<OverlayModel> m_model;
-    std::unique_ptr<TestShell> m_shell;
-    std::unique_ptr<OverlayView> m_view;
 };
-
-void OverlayViewTest::init()
-{
-    m_dir = std::make_unique<QTemporaryDir>();
-    m_prefs = std::make_unique<Preferences>(
-        std::make_unique<QSettings>(m_dir->filePath("velkor.ini"), QSettings::IniFormat));
-    m_model = std::make_unique<OverlayModel>();
-    m_shell = std::make_unique<TestShell>();
-    m_view = std::make_unique<OverlayView>(*m_model, *m_prefs, *m_shell);
-}
-
-void OverlayViewTest::cleanup()
-{
-    m_view.reset();
-    m_shell.reset();
-    m_model.reset();
-    m_prefs.reset();
-    m_dir.reset();
-}
-
-QImage OverlayViewTest::render(const QColor& background)
-{
-    // As a compositor would: the window drawn on its own, then laid over
-    // what is behind it.
-    m_view->resize(m_view->sizeHint());
-    QImage window(m_view->size(), QImage::Format_ARGB32_Premultiplied);
-    window.fill(Qt::transparent);
-    m_view->render(&window, QPoint(), QRegion(), QWidget::DrawChildren);
-    QImage screen(m_view->size(), QImage::Format_ARGB32);
-    screen.fill(background);
-    QPainter(&screen).drawImage(0, 0, window);
-    return screen;
-}
 
 void OverlayViewTest::chipIsDrawnInTheReadableAccent()
 {
+    Fixture f;
     const QColor bright(254, 188, 46);
-    m_model->setItems({row("Safari", QStringLiteral("s"))});
+    f.model.setItems({row("Safari", QStringLiteral("s"))});
 
-    m_prefs->setTheme(AppTheme::dark);
-    QImage image = render(Qt::black);
-    QVERIFY(!m_view->chipRect().isEmpty());
-    QVERIFY(m_view->pillRect().contains(m_view->chipRect()));
-    QVERIFY(hasPixelNear(image, m_view->chipRect(), bright, 6));
+    f.prefs.setTheme(AppTheme::dark);
+    QImage image = f.render(Qt::black);
+    QVERIFY(!f.view.chipRect().isEmpty());
+    QVERIFY(f.view.pillRect().contains(f.view.chipRect()));
+    QVERIFY(hasPixelNear(image, f.view.chipRect(), bright, 6));
 
     // On light the accent is darkened so the letter still reads.
-    m_prefs->setTheme(AppTheme::light);
-    image = render(Qt::white);
-    const QColor darkened = Theme::readableAccent(m_prefs->accentHex(), true);
+    f.prefs.setTheme(AppTheme::light);
+    image = f.render(Qt::white);
+    const QColor darkened = Theme::readableAccent(f.prefs.accentHex(), true);
     QVERIFY(distance(darkened.rgb(), bright) > 60);
-    QVERIFY(hasPixelNear(image, m_view->chipRect(), darkened, 6));
-    QVERIFY(!hasPixelNear(image, m_view->chipRect(), bright, 20));
+    QVERIFY(hasPixelNear(image, f.view.chipRect(), darkened, 6));
+    QVERIFY(!hasPixelNear(image, f.view.chipRect(), bright, 20));
 
-    m_prefs->setAccentHex(QStringLiteral("#0A84FF"));
-    m_prefs->setTheme(AppTheme::dark);
-    image = render(Qt::black);
-    QVERIFY(hasPixelNear(image, m_view->chipRect(), QColor(10, 132, 255), 6));
-    QVERIFY(!hasPixelNear(image, m_view->chipRect(), bright, 20));
+    f.prefs.setAccentHex(QStringLiteral("#0A84FF"));
+    f.prefs.setTheme(AppTheme::dark);
+    image = f.render(Qt::black);
+    QVERIFY(hasPixelNear(image, f.view.chipRect(), QColor(10, 132, 255), 6));
+    QVERIFY(!hasPixelNear(image, f.view.chipRect(), bright, 20));
 }
 
 void OverlayViewTest::oneDotPerRowWithTheSelectedOneInAccent()
 {
-    m_prefs->setTheme(AppTheme::dark);
+    Fixture f;
+    f.prefs.setTheme(AppTheme::dark);
     const QColor accent(254, 188, 46);
 
     // Counts the runs of lit pixels along the dots' middle line.
@@ -167,13 +150,13 @@ void OverlayViewTest::oneDotPerRowWithTheSelectedOneInAccent()
         return runs;
     };
 
-    m_model->setItems({row("Safari"), row("Slack"), row("Spotify")});
-    m_model->setSelection(1);
-    QImage image = render(Qt::black);
-    const QList<QRectF> dots = m_view->dotRects();
+    f.model.setItems({row("Safari"), row("Slack"), row("Spotify")});
+    f.model.setSelection(1);
+    QImage image = f.render(Qt::black);
+    const QList<QRectF> dots = f.view.dotRects();
     QCOMPARE(dots.size(), 3);
     const int y = int(dots[0].center().y());
-    QVERIFY(dots[0].top() > m_view->pillRect().bottom());
+    QVERIFY(dots[0].top() > f.view.pillRect().bottom());
     QCOMPARE(litRuns(image, y), 3);
     for (int i = 0; i < 3; ++i) {
         const QPoint centre = dots[i].center().toPoint();
@@ -181,47 +164,48 @@ void OverlayViewTest::oneDotPerRowWithTheSelectedOneInAccent()
     }
 
     // One row: no dots, and nothing lit below the pill.
-    m_model->setItems({row("Safari")});
-    image = render(Qt::black);
-    QVERIFY(m_view->dotRects().isEmpty());
-    const int below = int(m_view->pillRect().bottom()) + OverlayView::StackSpacing + 3;
+    f.model.setItems({row("Safari")});
+    image = f.render(Qt::black);
+    QVERIFY(f.view.dotRects().isEmpty());
+    const int below = int(f.view.pillRect().bottom()) + OverlayView::StackSpacing + 3;
     QCOMPARE(below < image.height() ? litRuns(image, below) : 0, 0);
 }
 
 void OverlayViewTest::solidBackgroundHidesWhatIsBehind()
 {
-    m_model->setItems({row("Safari", QStringLiteral("s"))});
+    Fixture f;
+    f.model.setItems({row("Safari", QStringLiteral("s"))});
     // A point in the pill's top padding, clear of text and border.
-    auto sample = [this](const QColor& behind) {
-        const QImage image = render(behind);
-        const QRectF pill = m_view->pillRect();
+    auto sample = [&f](const QColor& behind) {
+        const QImage image = f.render(behind);
+        const QRectF pill = f.view.pillRect();
         return image.pixel(QPoint(int(pill.center().x()), int(pill.top()) + 4));
     };
     const int opaqueTolerance = int(255 * (1 - OverlayView::SolidBackgroundAlpha)) + 2;
 
     for (const AppTheme theme : {AppTheme::light, AppTheme::dark}) {
-        m_prefs->setTheme(theme);
-        m_prefs->setBlurEnabled(false);
-        QVERIFY(!m_view->blurActive());
+        f.prefs.setTheme(theme);
+        f.prefs.setBlurEnabled(false);
+        QVERIFY(!f.view.blurActive());
         QVERIFY(distance(sample(Qt::red), QColor(sample(Qt::blue))) <= opaqueTolerance);
 
         // Blur wanted but not offered: the same solid fill.
-        m_prefs->setBlurEnabled(true);
-        QVERIFY(!m_view->blurActive());
+        f.prefs.setBlurEnabled(true);
+        QVERIFY(!f.view.blurActive());
         QVERIFY(distance(sample(Qt::red), QColor(sample(Qt::blue))) <= opaqueTolerance);
 
         // Blur offered: the pill lets the blurred desktop through.
-        m_shell->blur = true;
-        QVERIFY(m_view->blurActive());
+        f.shell.blur = true;
+        QVERIFY(f.view.blurActive());
         QVERIFY(distance(sample(Qt::red), QColor(sample(Qt::blue))) > 60);
-        m_shell->blur = false;
+        f.shell.blur = false;
     }
 
     // The themes differ: a light pill is light, a dark one dark.
-    m_prefs->setBlurEnabled(false);
-    m_prefs->setTheme(AppTheme::light);
+    f.prefs.setBlurEnabled(false);
+    f.prefs.setTheme(AppTheme::light);
     const int lightGrey = qGray(sample(Qt::black));
-    m_prefs->setTheme(AppTheme::dark);
+    f.prefs.setTheme(AppTheme::dark);
     const int darkGrey = qGray(sample(Qt::white));
     QVERIFY2(lightGrey > 180 && darkGrey < 80,
              qPrintable(QStringLiteral("%1 %2").arg(lightGrey).arg(darkGrey)));
@@ -229,7 +213,8 @@ void OverlayViewTest::solidBackgroundHidesWhatIsBehind()
 
 void OverlayViewTest::iconComesFromTheEntryThenTheWindowsElseTheTile()
 {
-    m_prefs->setTheme(AppTheme::dark);
+    Fixture f;
+    f.prefs.setTheme(AppTheme::dark);
     const QColor green(0, 200, 0);
     const QColor blue(0, 0, 220);
     const QColor tile(254, 188, 46); // the default accent
@@ -237,8 +222,8 @@ void OverlayViewTest::iconComesFromTheEntryThenTheWindowsElseTheTile()
     entryIcon.fill(green);
     QPixmap windowIcon(48, 48);
     windowIcon.fill(blue);
-    m_shell->icons.insert(QStringLiteral("/apps/calc.desktop"), QIcon(entryIcon));
-    m_shell->processIcons.insert(42, QIcon(windowIcon));
+    f.shell.icons.insert(QStringLiteral("/apps/calc.desktop"), QIcon(entryIcon));
+    f.shell.processIcons.insert(42, QIcon(windowIcon));
 
     struct Case
     {
@@ -257,9 +242,9 @@ void OverlayViewTest::iconComesFromTheEntryThenTheWindowsElseTheTile()
         OverlayItem calc = row("Calculator");
         calc.iconPath = c.path;
         calc.pid = c.pid;
-        m_model->setItems({calc});
-        const QImage image = render(Qt::black);
-        const QRectF pill = m_view->pillRect();
+        f.model.setItems({calc});
+        const QImage image = f.render(Qt::black);
+        const QRectF pill = f.view.pillRect();
         const QRectF icon(pill.left() + OverlayView::PillPaddingX, pill.center().y() - 21, 42, 42);
         const QString what = c.path.value_or(QStringLiteral("no path")) + QLatin1Char(' ') +
                              QString::number(c.pid.value_or(0));
@@ -277,82 +262,85 @@ void OverlayViewTest::iconComesFromTheEntryThenTheWindowsElseTheTile()
 
 void OverlayViewTest::iconsAreLookedUpOncePerShowing()
 {
+    Fixture f;
     QPixmap windowIcon(48, 48);
     windowIcon.fill(Qt::blue);
-    m_shell->processIcons.insert(42, QIcon(windowIcon));
+    f.shell.processIcons.insert(42, QIcon(windowIcon));
     OverlayItem calc = row("Calculator");
     calc.iconPath = QStringLiteral("/apps/gone.desktop");
     calc.pid = 42;
-    m_view->show();
-    m_model->setItems({calc, row("Chess")});
+    f.view.show();
+    f.model.setItems({calc, row("Chess")});
     for (int i = 0; i < 3; ++i) {
-        m_model->setSelection(0);
-        render(Qt::black);
-        m_model->setSelection(1);
-        render(Qt::black);
+        f.model.setSelection(0);
+        f.render(Qt::black);
+        f.model.setSelection(1);
+        f.render(Qt::black);
     }
-    QCOMPARE(m_shell->lookups, 2); // the entry and the process, once each
+    QCOMPARE(f.shell.lookups, 2); // the entry and the process, once each
 
     // Hidden and shown again, the icons are asked for anew: the app may
     // have quit and another taken its pid.
-    m_view->hide();
-    m_view->show();
-    m_model->setSelection(0);
-    render(Qt::black);
-    QCOMPARE(m_shell->lookups, 4);
+    f.view.hide();
+    f.view.show();
+    f.model.setSelection(0);
+    f.render(Qt::black);
+    QCOMPARE(f.shell.lookups, 4);
 }
 
 void OverlayViewTest::sizeFollowsTheContent()
 {
-    const QSize empty = m_view->sizeHint();
+    Fixture f;
+    const QSize empty = f.view.sizeHint();
     // The smallest pill is 200 wide; padding adds 34 on every side.
     QVERIFY(empty.width() >= OverlayView::PillMinWidth + 2 * OverlayView::Padding);
     QVERIFY(empty.height() >=
             OverlayView::IconSize + 2 * OverlayView::PillPaddingY + 2 * OverlayView::Padding);
 
-    m_model->setItems({row("Ab")});
-    QCOMPARE(m_view->sizeHint(), empty); // a short title fits the minimum pill
+    f.model.setItems({row("Ab")});
+    QCOMPARE(f.view.sizeHint(), empty); // a short title fits the minimum pill
 
-    m_model->setItems({row("A rather long window title that needs room")});
-    const QSize wide = m_view->sizeHint();
+    f.model.setItems({row("A rather long window title that needs room")});
+    const QSize wide = f.view.sizeHint();
     QVERIFY(wide.width() > empty.width() + 100);
     QCOMPARE(wide.height(), empty.height());
 
-    m_model->setItems({row("A rather long window title that needs room"), row("B")});
-    QCOMPARE(m_view->sizeHint().height(),
+    f.model.setItems({row("A rather long window title that needs room"), row("B")});
+    QCOMPARE(f.view.sizeHint().height(),
              empty.height() + OverlayView::StackSpacing + OverlayView::DotSize);
 
     // Many rows: the dots row is wider than the pill and sets the width.
     QList<OverlayItem> many;
     for (int i = 0; i < 40; ++i)
         many.append(row(QString::number(i)));
-    m_model->setItems(many);
-    QCOMPARE(m_view->sizeHint().width(),
+    f.model.setItems(many);
+    QCOMPARE(f.view.sizeHint().width(),
              40 * OverlayView::DotSize + 39 * OverlayView::DotSpacing + 2 * OverlayView::Padding);
 }
 
 void OverlayViewTest::clickActivatesAndHoverSelects()
 {
+    Fixture f;
     QList<int> activated;
     QList<int> hovered;
-    m_model->onActivate = [&](int index) { activated.append(index); };
-    m_model->onHover = [&](int index) { hovered.append(index); };
-    m_model->setItems({row("Safari"), row("Slack"), row("Spotify")});
-    m_model->setSelection(2);
-    m_view->resize(m_view->sizeHint());
-    m_view->show();
+    f.model.onActivate = [&](int index) { activated.append(index); };
+    f.model.onHover = [&](int index) { hovered.append(index); };
+    f.model.setItems({row("Safari"), row("Slack"), row("Spotify")});
+    f.model.setSelection(2);
+    f.view.resize(f.view.sizeHint());
+    f.view.show();
 
-    QTest::mouseClick(m_view.get(), Qt::LeftButton, {}, QPoint(4, 4)); // the transparent margin
+    QTest::mouseClick(&f.view, Qt::LeftButton, {}, QPoint(4, 4)); // the transparent margin
     QVERIFY(activated.isEmpty());
-    QTest::mouseClick(m_view.get(), Qt::RightButton, {}, m_view->pillRect().center().toPoint());
+    QTest::mouseClick(&f.view, Qt::RightButton, {}, f.view.pillRect().center().toPoint());
     QVERIFY(activated.isEmpty());
-    QTest::mouseClick(m_view.get(), Qt::LeftButton, {}, m_view->pillRect().center().toPoint());
+    QTest::mouseClick(&f.view, Qt::LeftButton, {}, f.view.pillRect().center().toPoint());
     QCOMPARE(activated, QList<int>{2});
 
-    QTest::mouseMove(m_view.get(), m_view->dotRects()[0].center().toPoint());
+    QTest::mouseMove(&f.view, f.view.dotRects()[0].center().toPoint());
     QCOMPARE(hovered, QList<int>{0});
     // Over the dot already selected: nothing to report.
-    QTest::mouseMove(m_view.get(), m_view->dotRects()[2].center().toPoint());
+    QTest::mouseMove(&f.view, f.view.dotRects()[2].center().toPoint());
     QCOMPARE(hovered, QList<int>{0});
 }
 

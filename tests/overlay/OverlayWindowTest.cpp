@@ -24,115 +24,87 @@ OverlayItem row(const QString& title)
     return item;
 }
 
+// A controller that makes real overlay windows, fresh for each test.
+struct Fixture
+{
+    QTemporaryDir dir;
+    fake::FakePlatform platform;
+    Preferences prefs{
+        std::make_unique<QSettings>(dir.filePath("velkor.ini"), QSettings::IniFormat)};
+    OverlayController controller{prefs, *platform.clock,
+                                 makeOverlayPanelFactory(*platform.shell, prefs)};
+    OverlayWindow& window() { return *static_cast<OverlayWindow*>(controller.panel()); }
+};
+
 } // namespace
 
 class OverlayWindowTest : public QObject
 {
     Q_OBJECT
 private slots:
-    void init();
-    void cleanup();
     void windowIsAnUnfocusableOverlay();
-    void placedInEachPositionWithMargins();
+    void placedInTheChosenCorner();
     void followsTheContentWhenLaidOutAgain();
     void fadesInAndHidesAtOnce();
     void blurAreaFollowsThePill();
-
-private:
-    OverlayWindow& window() { return *static_cast<OverlayWindow*>(m_controller->panel()); }
-
-    std::unique_ptr<QTemporaryDir> m_dir;
-    std::unique_ptr<fake::FakePlatform> m_platform;
-    std::unique_ptr<Preferences> m_prefs;
-    std::unique_ptr<OverlayController> m_controller;
 };
-
-void OverlayWindowTest::init()
-{
-    m_dir = std::make_unique<QTemporaryDir>();
-    m_platform = std::make_unique<fake::FakePlatform>();
-    m_prefs = std::make_unique<Preferences>(
-        std::make_unique<QSettings>(m_dir->filePath("velkor.ini"), QSettings::IniFormat));
-    m_controller = std::make_unique<OverlayController>(
-        *m_prefs, *m_platform->clock, makeOverlayPanelFactory(*m_platform->shell, *m_prefs));
-}
-
-void OverlayWindowTest::cleanup()
-{
-    m_controller.reset();
-    m_prefs.reset();
-    m_platform.reset();
-    m_dir.reset();
-}
 
 void OverlayWindowTest::windowIsAnUnfocusableOverlay()
 {
-    QVERIFY(!m_controller->panel());
-    m_controller->showNow();
-    QVERIFY(m_controller->panel());
-    QCOMPARE(m_platform->shell->preparedWindows, 1);
-    const Qt::WindowFlags flags = window().windowFlags();
+    Fixture f;
+    QVERIFY(!f.controller.panel());
+    f.controller.showNow();
+    QVERIFY(f.controller.panel());
+    QCOMPARE(f.platform.shell->preparedWindows, 1);
+    const Qt::WindowFlags flags = f.window().windowFlags();
     QVERIFY(flags & Qt::WindowDoesNotAcceptFocus);
     QVERIFY(flags & Qt::FramelessWindowHint);
     QVERIFY(flags & Qt::WindowStaysOnTopHint);
     QCOMPARE(flags & Qt::WindowType_Mask, Qt::Window); // not a tool or popup
-    QVERIFY(window().isVisible());
-    QVERIFY(!window().isActiveWindow());
+    QVERIFY(f.window().isVisible());
+    QVERIFY(!f.window().isActiveWindow());
     QVERIFY(QApplication::focusWidget() == nullptr);
 
     // Shown again: the same window, prepared once.
-    m_controller->hide();
-    m_controller->showNow();
-    QCOMPARE(m_platform->shell->preparedWindows, 1);
+    f.controller.hide();
+    f.controller.showNow();
+    QCOMPARE(f.platform.shell->preparedWindows, 1);
 }
 
-void OverlayWindowTest::placedInEachPositionWithMargins()
+void OverlayWindowTest::placedInTheChosenCorner()
 {
-    m_controller->model().setItems({row("Safari"), row("Slack")});
-    m_controller->showNow();
-    const QRect area = window().screen()->availableGeometry();
-    QCOMPARE(window().mainScreenArea(), std::optional<QRectF>(QRectF(area)));
-    const QSize size = window().view().sizeHint();
+    Fixture f;
+    f.controller.model().setItems({row("Safari"), row("Slack")});
+    f.controller.showNow();
+    const QRect area = f.window().screen()->availableGeometry();
+    QCOMPARE(f.window().mainScreenArea(), std::optional<QRectF>(QRectF(area)));
+    const QSize size = f.window().view().sizeHint();
     QVERIFY(size.width() >= OverlayController::MinWidth);
     QVERIFY(size.height() >= OverlayController::MinHeight);
 
+    // Where each position puts the panel is the controller's own test; here
+    // the frame must reach the real window and its view.
+    f.prefs.setOverlayPosition(OverlayPosition::bottomRight);
+    f.controller.showNow();
     const int m = int(OverlayController::Margin);
-    const struct
-    {
-        OverlayPosition position;
-        QPoint origin;
-    } cases[] = {
-        {OverlayPosition::topLeft, {area.left() + m, area.top() + m}},
-        {OverlayPosition::topRight,
-         {area.left() + area.width() - size.width() - m, area.top() + m}},
-        {OverlayPosition::bottomLeft,
-         {area.left() + m, area.top() + area.height() - size.height() - m}},
-        {OverlayPosition::bottomRight,
-         {area.left() + area.width() - size.width() - m,
-          area.top() + area.height() - size.height() - m}},
-        {OverlayPosition::center,
-         {qRound(area.left() + (area.width() - size.width()) / 2.0),
-          qRound(area.top() + (area.height() - size.height()) / 2.0)}},
-    };
-    for (const auto& c : cases) {
-        m_prefs->setOverlayPosition(c.position);
-        m_controller->showNow();
-        QCOMPARE(window().geometry(), QRect(c.origin, size));
-        QCOMPARE(window().view().geometry(), QRect(QPoint(0, 0), size));
-    }
+    const QPoint corner = area.bottomRight() - QPoint(m, m);
+    QCOMPARE(f.window().geometry(),
+             QRect(corner - QPoint(size.width() - 1, size.height() - 1), size));
+    QCOMPARE(f.window().view().geometry(), QRect(QPoint(0, 0), size));
 }
 
 void OverlayWindowTest::followsTheContentWhenLaidOutAgain()
 {
-    m_prefs->setOverlayPosition(OverlayPosition::bottomRight);
-    m_controller->model().setItems({row("A")});
-    m_controller->showNow();
-    const QRect before = window().geometry();
+    Fixture f;
+    f.prefs.setOverlayPosition(OverlayPosition::bottomRight);
+    f.controller.model().setItems({row("A")});
+    f.controller.showNow();
+    const QRect before = f.window().geometry();
 
-    m_controller->model().setItems({row("A much longer title than before"), row("B")});
-    m_controller->model().clamp();
-    m_controller->layout(window());
-    const QRect after = window().geometry();
+    f.controller.model().setItems({row("A much longer title than before"), row("B")});
+    f.controller.model().clamp();
+    f.controller.layout(f.window());
+    const QRect after = f.window().geometry();
     QVERIFY(after.width() > before.width());
     QVERIFY(after.height() > before.height());
     // Pinned to the same corner.
@@ -141,41 +113,43 @@ void OverlayWindowTest::followsTheContentWhenLaidOutAgain()
 
 void OverlayWindowTest::fadesInAndHidesAtOnce()
 {
-    m_controller->showNow();
-    QVERIFY(window().isFading());
-    QVERIFY(window().windowOpacity() < 0.5);
-    QTRY_VERIFY_WITH_TIMEOUT(!window().isFading(), 2000);
-    QCOMPARE(window().windowOpacity(), 1.0);
+    Fixture f;
+    f.controller.showNow();
+    QVERIFY(f.window().isFading());
+    QVERIFY(f.window().windowOpacity() < 0.5);
+    QTRY_VERIFY_WITH_TIMEOUT(!f.window().isFading(), 2000);
+    QCOMPARE(f.window().windowOpacity(), 1.0);
 
     // Already up: brought forward, no second fade.
-    m_controller->showNow();
-    QVERIFY(!window().isFading());
-    QCOMPARE(window().windowOpacity(), 1.0);
+    f.controller.showNow();
+    QVERIFY(!f.window().isFading());
+    QCOMPARE(f.window().windowOpacity(), 1.0);
 
     // Hidden in the middle of a fade: gone at once, and the fade stops.
-    m_controller->hide();
-    m_controller->showNow();
-    QVERIFY(window().isFading());
-    m_controller->hide();
-    QVERIFY(!window().isVisible());
-    QVERIFY(!window().isFading());
+    f.controller.hide();
+    f.controller.showNow();
+    QVERIFY(f.window().isFading());
+    f.controller.hide();
+    QVERIFY(!f.window().isVisible());
+    QVERIFY(!f.window().isFading());
 }
 
 void OverlayWindowTest::blurAreaFollowsThePill()
 {
-    fake::FakeShellIntegration& shell = *m_platform->shell;
+    Fixture f;
+    fake::FakeShellIntegration& shell = *f.platform.shell;
     shell.blur = true;
-    m_controller->model().setItems({row("Safari")});
-    m_controller->showNow();
-    QCOMPARE(shell.blurArea, window().view().pillRect());
+    f.controller.model().setItems({row("Safari")});
+    f.controller.showNow();
+    QCOMPARE(shell.blurArea, f.window().view().pillRect());
     QVERIFY(!shell.blurArea.isEmpty());
 
-    m_prefs->setBlurEnabled(false);
+    f.prefs.setBlurEnabled(false);
     QVERIFY(shell.blurArea.isEmpty());
-    m_prefs->setBlurEnabled(true);
-    m_controller->model().setItems({row("A much longer title than before")});
-    m_controller->layout(window());
-    QCOMPARE(shell.blurArea, window().view().pillRect());
+    f.prefs.setBlurEnabled(true);
+    f.controller.model().setItems({row("A much longer title than before")});
+    f.controller.layout(f.window());
+    QCOMPARE(shell.blurArea, f.window().view().pillRect());
     QVERIFY(shell.blurArea.width() > 200);
 }
 

@@ -4,6 +4,7 @@
 #include <QCoreApplication>
 #include <QDeadlineTimer>
 #include <QElapsedTimer>
+#include <QFile>
 #include <QImage>
 #include <QThread>
 #include <csignal>
@@ -189,6 +190,23 @@ xcb_window_t XDesktop::launchTerminal(const QString& wmClassName, const QString&
                    wmClassName.toLower(), QStringLiteral("-title"),
                    title.isEmpty() ? wmClassName : title},
                   wmClassName);
+}
+
+xcb_window_t XDesktop::launchRecorder(const QString& wmClass)
+{
+    // Raw mode hands every byte to cat at once, Tab and grave included.
+    return launch(
+        QStringLiteral("xterm"),
+        {QStringLiteral("-class"), wmClass, QStringLiteral("-e"), QStringLiteral("sh"),
+         QStringLiteral("-c"),
+         QStringLiteral("stty raw -echo; exec cat > '%1/%2'").arg(m_scratch.path(), wmClass)},
+        wmClass);
+}
+
+QString XDesktop::recorded(const QString& wmClass) const
+{
+    QFile file(m_scratch.path() + QLatin1Char('/') + wmClass);
+    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
 }
 
 qint64 XDesktop::pidOf(xcb_window_t window) const

@@ -68,6 +68,10 @@ public:
                         const QString& wmClass, int timeoutMs = 8000);
     // An xterm with its own class, instance name and title.
     xcb_window_t launchTerminal(const QString& wmClass, const QString& title = QString());
+    // An xterm that writes every byte it is given, at once, to a file that
+    // recorded(wmClass) reads back.
+    xcb_window_t launchRecorder(const QString& wmClass);
+    QString recorded(const QString& wmClass) const;
     // Kills the client that owns window, at once (SIGKILL).
     void kill(xcb_window_t window);
     // The pid the client process of window was started with, or 0.

@@ -1,31 +1,19 @@
 // SPDX-License-Identifier: MIT
-// The X11 key source against a private Xvfb with openbox and a focused
-// xterm: keys are typed through XTEST by keycode from a connection of their
-// own, as a user would type them, and what the xterm received is read back.
+// The X11 key source on a private desktop with a focused xterm: keys are
+// typed through XTEST by keycode, as a user would type them, and what the
+// xterm received is read back.
 #include "platform/x11/X11KeySource.h"
 
+#include "XDesktop.h"
 #include "platform/KeyCodes.h"
 
-#include <QFile>
 #include <QGuiApplication>
-#include <QProcess>
-#include <QTemporaryDir>
 #include <QTest>
-#include <csignal>
-#include <cstdlib>
-#include <cstring>
-#include <sys/wait.h>
-#include <unistd.h>
-#include <xcb/xcb.h>
-#include <xcb/xtest.h>
 
 using namespace velkor;
+using namespace velkor::e2e;
 
 namespace {
-
-// Keycodes of an evdev server (X keycode = evdev code + 8).
-constexpr xcb_keycode_t SuperR = 134, AltR = 108;
-constexpr xcb_keycode_t KeyA = 38, KeyS = 39, KeyD = 40, Key3 = 12;
 
 // Time stands still; the source only stamps events with it.
 class StillClock final : public Clock
@@ -37,75 +25,7 @@ public:
     void cancel(TaskId) override {}
 };
 
-pid_t g_xvfb = 0;
-QByteArray g_display;
-
-// Xvfb on the first free display, which it reports through -displayfd.
-bool startXvfb()
-{
-    int fds[2];
-    if (pipe(fds) != 0)
-        return false;
-    g_xvfb = fork();
-    if (g_xvfb == 0) {
-        close(fds[0]);
-        const QByteArray fd = QByteArray::number(fds[1]);
-        execlp("Xvfb", "Xvfb", "-displayfd", fd.constData(), "-screen", "0", "1024x768x24",
-               "-nolisten", "tcp", static_cast<char*>(nullptr));
-        _exit(127);
-    }
-    close(fds[1]);
-    // The number and its newline may come in separate writes; the server
-    // dies if the pipe is closed between them.
-    QByteArray number;
-    char c = 0;
-    while (read(fds[0], &c, 1) == 1 && c != '\n')
-        number += c;
-    close(fds[0]);
-    if (number.isEmpty())
-        return false;
-    g_display = ":" + number;
-    return true;
-}
-
-void stopXvfb()
-{
-    if (g_xvfb > 0) {
-        kill(g_xvfb, SIGTERM);
-        waitpid(g_xvfb, nullptr, 0);
-    }
-}
-
-// A second client that types like a keyboard would.
-class Typist
-{
-public:
-    Typist() : m_connection(xcb_connect(g_display.constData(), nullptr)) {}
-    ~Typist() { xcb_disconnect(m_connection); }
-    void press(xcb_keycode_t key) { fake(XCB_KEY_PRESS, key); }
-    void release(xcb_keycode_t key) { fake(XCB_KEY_RELEASE, key); }
-    void tap(xcb_keycode_t key)
-    {
-        press(key);
-        release(key);
-    }
-    xcb_connection_t* connection() const { return m_connection; }
-    // Waits until the server has handled everything sent so far.
-    void sync()
-    {
-        free(xcb_get_input_focus_reply(m_connection, xcb_get_input_focus(m_connection), nullptr));
-    }
-
-private:
-    void fake(uint8_t type, xcb_keycode_t key)
-    {
-        xcb_test_fake_input(m_connection, type, key, XCB_CURRENT_TIME, XCB_NONE, 0, 0, 0);
-        sync();
-        // Lets the server deliver before the next key, as a hand would.
-        QTest::qWait(15);
-    }
-    xcb_connection_t* m_connection;
-};
+XDesktop* g_desktop = nullptr;
 
 struct Seen
 {
@@ -136,28 +56,9 @@ class X11KeySourceTest : public QObject
 private slots:
     void initTestCase()
     {
-        QVERIFY2(m_dir.isValid(), "no temporary folder");
-        m_openbox.start(QStringLiteral("openbox"), {});
-        QVERIFY2(m_openbox.waitForStarted(), "openbox is not installed");
-        // A window mapped before the window manager runs is never focused.
-        QTRY_VERIFY_WITH_TIMEOUT(rootHas("_NET_SUPPORTING_WM_CHECK"), 10000);
-        m_typed = m_dir.filePath(QStringLiteral("typed"));
-        // Raw mode hands every byte to cat at once, Tab and grave included.
-        m_xterm.start(QStringLiteral("xterm"),
-                      {QStringLiteral("-e"), QStringLiteral("sh"), QStringLiteral("-c"),
-                       QStringLiteral("stty raw -echo; exec cat > '%1'").arg(m_typed)});
-        QVERIFY2(m_xterm.waitForStarted(), "xterm is not installed");
+        QVERIFY(g_desktop->launchRecorder(QStringLiteral("Typed")));
         // The xterm has focus once a probe key arrives in it.
-        QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(m_typed), 10000);
-        QTRY_VERIFY_WITH_TIMEOUT((m_typist.tap(KeyA), typed().contains('a')), 10000);
-    }
-
-    void cleanupTestCase()
-    {
-        m_xterm.kill();
-        m_xterm.waitForFinished();
-        m_openbox.kill();
-        m_openbox.waitForFinished();
+        QTRY_VERIFY_WITH_TIMEOUT((g_desktop->tap(key::of('a')), typed().contains('a')), 10000);
     }
 
     void init()
@@ -173,15 +74,12 @@ private slots:
         using namespace keys;
 
         // No grab of ours is active here: raw events still tell.
-        m_typist.press(AltR);
-        m_typist.release(AltR);
+        g_desktop->tap(key::AltR);
         // Under the activation key we hold the keyboard, and Right Alt
         // changes the digit's flags.
-        m_typist.press(SuperR);
-        m_typist.press(AltR);
-        m_typist.tap(Key3);
-        m_typist.release(AltR);
-        m_typist.release(SuperR);
+        g_desktop->holding(key::SuperR, [] {
+            g_desktop->holding(key::AltR, [] { g_desktop->tap(key::of('3')); });
+        });
         const quint64 super = RightCommandBit | CommandMask;
         const quint64 alt = RightOptionBit | OptionMask;
         const QList<Seen> expected{
@@ -201,30 +99,30 @@ private slots:
     {
         X11KeySource source(m_clock);
         QVERIFY(installSwallowingHeldKeys(source));
-        m_typist.press(SuperR);
-        m_typist.press(KeyS);
-        QTest::qWait(1000); // Xvfb starts repeating after 660 ms
-        m_typist.release(KeyS);
-        m_typist.release(SuperR);
+        g_desktop->holding(key::SuperR, [] {
+            g_desktop->press(key::of('s'));
+            QTest::qWait(1000); // Xvfb starts repeating after 660 ms
+            g_desktop->release(key::of('s'));
+        });
         QTRY_VERIFY(!m_seen.isEmpty() && m_seen.last().keyCode == keys::RightCommand);
         const auto count = [&](KeyEventType type) {
             return std::count_if(m_seen.cbegin(), m_seen.cend(),
                                  [&](const Seen& e) { return e.type == type; });
         };
-        const auto downs = count(KeyEventType::KeyDown), ups = count(KeyEventType::KeyUp);
-        QVERIFY2(downs >= 3, qPrintable(describe(m_seen)));
-        QCOMPARE(ups, 1);
+        QVERIFY2(count(KeyEventType::KeyDown) >= 3, qPrintable(describe(m_seen)));
+        QCOMPARE(count(KeyEventType::KeyUp), 1);
         QCOMPARE(m_seen.at(m_seen.size() - 2).type, KeyEventType::KeyUp);
         QCOMPARE(typedSinceStart(), QString());
     }
 
     void aKeyHeldByAnotherClientIsRefusedUntilItIsFree()
     {
-        Typist other;
-        xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(other.connection())).data->root;
-        xcb_grab_key(other.connection(), 0, root, 0, SuperR, XCB_GRAB_MODE_ASYNC,
-                     XCB_GRAB_MODE_ASYNC);
-        other.sync();
+        // The desktop's own connection plays the other client.
+        xcb_connection_t* other = g_desktop->connection();
+        const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(other)).data->root;
+        xcb_grab_key(other, 0, root, 0, key::SuperR, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC);
+        xcb_flush(other);
+        g_desktop->activeWindow(); // a round trip: the grab is in place
 
         X11KeySource source(m_clock);
         QTest::ignoreMessage(QtWarningMsg,
@@ -237,15 +135,14 @@ private slots:
         source.enable();
         QVERIFY(!source.isEnabled());
 
-        xcb_ungrab_key(other.connection(), SuperR, root, 0);
-        other.sync();
+        xcb_ungrab_key(other, key::SuperR, root, 0);
+        xcb_flush(other);
+        g_desktop->activeWindow();
         source.enable();
         QVERIFY(source.isInstalled());
         QVERIFY(source.isEnabled());
-        m_typist.press(SuperR);
-        m_typist.tap(KeyS);
-        m_typist.release(SuperR);
-        m_typist.tap(KeyD);
+        g_desktop->holding(key::SuperR, [] { g_desktop->tap(key::of('s')); });
+        g_desktop->tap(key::of('d'));
         QTRY_COMPARE(typedSinceStart(), QStringLiteral("d"));
         QVERIFY(!m_seen.isEmpty());
     }
@@ -262,56 +159,28 @@ private:
         });
     }
 
-    QString typed() const
-    {
-        QFile file(m_typed);
-        return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
-    }
+    QString typed() const { return g_desktop->recorded(QStringLiteral("Typed")); }
     QString typedSinceStart() const { return typed().mid(m_typedBefore); }
 
-    // Whether the root window has the property, as a running window manager sets it.
-    bool rootHas(const char* property)
-    {
-        xcb_connection_t* c = m_typist.connection();
-        const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(c)).data->root;
-        auto* atom = xcb_intern_atom_reply(
-            c, xcb_intern_atom(c, 1, uint16_t(strlen(property)), property), nullptr);
-        if (!atom)
-            return false;
-        auto* reply = xcb_get_property_reply(
-            c, xcb_get_property(c, 0, root, atom->atom, XCB_ATOM_WINDOW, 0, 1), nullptr);
-        free(atom);
-        const bool has = reply && xcb_get_property_value_length(reply) == 4;
-        free(reply);
-        return has;
-    }
-
     StillClock m_clock;
-    QTemporaryDir m_dir;
-    QProcess m_openbox;
-    QProcess m_xterm;
-    QString m_typed;
     qsizetype m_typedBefore = 0;
-    Typist m_typist;
     QList<Seen> m_seen;
 };
 
 int main(int argc, char** argv)
 {
-    if (!startXvfb()) {
-        fprintf(stderr, "Xvfb could not be started\n");
+    // The desktop comes first: the application connects to it.
+    XDesktop desktop;
+    if (!desktop.start()) {
+        qWarning("%s", qPrintable(desktop.error()));
         return 1;
     }
-    qputenv("DISPLAY", g_display);
+    g_desktop = &desktop;
+    qputenv("DISPLAY", desktop.display().toLatin1());
     qputenv("QT_QPA_PLATFORM", "xcb");
-    int status = 0;
-    {
-        QGuiApplication app(argc, argv);
-        X11KeySourceTest test;
-        status = QTest::qExec(&test, argc, argv);
-    }
-    stopXvfb();
-    return status;
+    QGuiApplication app(argc, argv);
+    X11KeySourceTest test;
+    return QTest::qExec(&test, argc, argv);
 }
 
 #include "X11KeySourceTest.moc"
