@@ -22,7 +22,7 @@ using namespace velkor;
 namespace {
 
 // A few running apps for the Apps pane.
-class ScreenshotWorkspace final : public Workspace
+class ScreenshotWorkspace final : public NullWorkspace
 {
 public:
     QList<RunningApp> runningApplications() const override
@@ -31,15 +31,7 @@ public:
                 app(102, "Files", "org.gnome.Nautilus"), app(103, "Firefox", "firefox"),
                 app(104, "Terminal", "org.gnome.Terminal"), app(105, "xterm", std::nullopt)};
     }
-    std::optional<Pid> frontmostPid() const override { return std::nullopt; }
-    std::optional<QString> ownBundleId() const override { return QStringLiteral("velkor"); }
     bool isRunning(Pid) const override { return true; }
-    bool isHidden(Pid) const override { return false; }
-    void unhide(Pid) override {}
-    void hide(Pid) override {}
-    void terminate(Pid) override {}
-    void activate(Pid) override {}
-    void openApplication(const QString&) override {}
 
 private:
     static RunningApp app(Pid pid, const char* name, std::optional<QString> id)
