@@ -20,6 +20,7 @@
 #include <cstdio>
 #include <cstring>
 #include <functional>
+#include <poll.h>
 #include <thread>
 #include <xcb/xcb.h>
 #include <xcb/xtest.h>
@@ -83,25 +84,50 @@ public:
             free(e);
     }
 
-    // Seconds from start until target is active; negative on timeout.
+    // Seconds from start until this client learns that target is active;
+    // negative on timeout. The clock stops when the property change arrives,
+    // not after the read that confirms its value.
     double waitFor(xcb_window_t target, Clock::time_point start, double timeout = 3.0)
     {
-        while (std::chrono::duration<double>(Clock::now() - start).count() < timeout) {
+        pollfd socket{xcb_get_file_descriptor(m_c), POLLIN, 0};
+        for (;;) {
+            const double elapsed = seconds(start, Clock::now());
+            if (elapsed >= timeout)
+                return -1;
             xcb_generic_event_t* e = xcb_poll_for_event(m_c);
             if (!e) {
-                std::this_thread::sleep_for(std::chrono::microseconds(50));
+                poll(&socket, 1, int((timeout - elapsed) * 1000) + 1);
                 continue;
             }
-            const bool relevant = (e->response_type & 0x7f) == XCB_PROPERTY_NOTIFY &&
-                                  reinterpret_cast<xcb_property_notify_event_t*>(e)->atom == m_atom;
+            const auto arrived = Clock::now();
+            const bool relevant = isActiveChange(e);
             free(e);
-            if (relevant && active() == target)
-                return std::chrono::duration<double>(Clock::now() - start).count();
+            if (!relevant || active() != target)
+                continue;
+            // A change that came in with the confirming reply (the window
+            // manager often clears the property before setting it) was only
+            // learnt now.
+            bool laterChange = false;
+            while (xcb_generic_event_t* queued = xcb_poll_for_queued_event(m_c)) {
+                laterChange = laterChange || isActiveChange(queued);
+                free(queued);
+            }
+            return seconds(start, laterChange ? Clock::now() : arrived);
         }
-        return -1;
     }
 
 private:
+    static double seconds(Clock::time_point from, Clock::time_point to)
+    {
+        return std::chrono::duration<double>(to - from).count();
+    }
+
+    bool isActiveChange(const xcb_generic_event_t* e) const
+    {
+        return (e->response_type & 0x7f) == XCB_PROPERTY_NOTIFY &&
+               reinterpret_cast<const xcb_property_notify_event_t*>(e)->atom == m_atom;
+    }
+
     xcb_connection_t* m_c;
     xcb_window_t m_root = 0;
     xcb_atom_t m_atom = 0;
@@ -122,19 +148,31 @@ struct Figures
 };
 
 // Alternates between two windows: before each trial the other one is made
-// active through the window manager, untimed.
+// active through the window manager, untimed. The trigger starts its work
+// and returns; the change is watched for while it runs.
+struct Trial
+{
+    std::function<void()> prepare; // untimed, before the clock starts
+    std::function<void(int which)> trigger;
+    std::function<void(int which)> finish; // untimed, after the change was seen
+};
+
 Figures measure(XDesktop& desktop, ActiveWatcher& watcher, const xcb_window_t windows[2],
-                int trials, const std::function<void(int which)>& trigger)
+                int trials, const Trial& trial)
 {
     Figures f;
     for (int i = 0; i < trials; ++i) {
         const int which = i % 2;
         desktop.activate(windows[1 - which]);
         desktop.waitFor([&] { return watcher.active() == windows[1 - which]; });
+        if (trial.prepare)
+            trial.prepare();
         watcher.drain();
         const auto start = Clock::now();
-        trigger(which);
+        trial.trigger(which);
         const double took = watcher.waitFor(windows[which], start);
+        if (trial.finish)
+            trial.finish(which);
         if (took < 0)
             ++f.failures;
         else
@@ -152,16 +190,24 @@ void reportFigures(const char* prefix, Figures& f)
     report((p + "_failures").constData(), f.failures);
 }
 
-double processSeconds(const QString& program, const QStringList& args, const QString& display)
+// A peer tool run on the desktop, started without waiting for it to end:
+// the time it takes to exit is not part of its figure.
+class PeerTool
 {
-    QProcess p;
-    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.insert(QStringLiteral("DISPLAY"), display);
-    p.setProcessEnvironment(env);
-    p.start(program, args);
-    p.waitForFinished(5000);
-    return 0;
-}
+public:
+    explicit PeerTool(const QString& display)
+    {
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        env.insert(QStringLiteral("DISPLAY"), display);
+        m_process.setProcessEnvironment(env);
+    }
+
+    void start(const QString& program, const QStringList& args) { m_process.start(program, args); }
+    void reap() { m_process.waitForFinished(5000); }
+
+private:
+    QProcess m_process;
+};
 
 qint64 statusField(qint64 pid, const char* field)
 {
@@ -265,37 +311,35 @@ int main(int argc, char** argv)
         XDesktop::settle(20);
     };
     const auto letter = [&](int which) { return key::of(QLatin1Char(letters[which])); };
-    Figures velkorFigures;
-    for (int i = 0; i < trials; ++i) {
-        const int which = i % 2;
-        desktop.activate(windows[1 - which]);
-        desktop.waitFor([&] { return watcher.active() == windows[1 - which]; });
-        letterUnderSuper();
-        watcher.drain();
-        const auto start = Clock::now();
-        watcher.key(letter(which), true);
-        const double took = watcher.waitFor(windows[which], start);
-        watcher.key(letter(which), false);
-        watcher.key(key::SuperR, false);
-        watcher.sync();
-        if (took < 0)
-            ++velkorFigures.failures;
-        else
-            velkorFigures.ms.push_back(took * 1000);
-    }
-    Figures wmctrl = measure(desktop, watcher, windows, trials, [&](int which) {
-        processSeconds(
-            QStringLiteral("wmctrl"),
-            {QStringLiteral("-a"), which ? QStringLiteral("Beta") : QStringLiteral("Alpha")},
-            desktop.display());
-    });
-    Figures xdotool = measure(desktop, watcher, windows, trials, [&](int which) {
-        processSeconds(QStringLiteral("xdotool"),
-                       {QStringLiteral("search"), QStringLiteral("--class"),
-                        which ? QStringLiteral("Beta") : QStringLiteral("Alpha"),
-                        QStringLiteral("windowactivate")},
-                       desktop.display());
-    });
+    Figures velkorFigures =
+        measure(desktop, watcher, windows, trials,
+                {letterUnderSuper, [&](int which) { watcher.key(letter(which), true); },
+                 [&](int which) {
+                     watcher.key(letter(which), false);
+                     watcher.key(key::SuperR, false);
+                     watcher.sync();
+                 }});
+    PeerTool tool(desktop.display());
+    const auto reap = [&](int) { tool.reap(); };
+    Figures wmctrl =
+        measure(desktop, watcher, windows, trials,
+                {{},
+                 [&](int which) {
+                     tool.start(QStringLiteral("wmctrl"),
+                                {QStringLiteral("-a"),
+                                 which ? QStringLiteral("Beta") : QStringLiteral("Alpha")});
+                 },
+                 reap});
+    Figures xdotool =
+        measure(desktop, watcher, windows, trials,
+                {{},
+                 [&](int which) {
+                     tool.start(QStringLiteral("xdotool"),
+                                {QStringLiteral("search"), QStringLiteral("--class"),
+                                 which ? QStringLiteral("Beta") : QStringLiteral("Alpha"),
+                                 QStringLiteral("windowactivate")});
+                 },
+                 reap});
     reportFigures("key_to_focus_velkor", velkorFigures);
     reportFigures("key_to_focus_wmctrl", wmctrl);
     reportFigures("key_to_focus_xdotool", xdotool);
