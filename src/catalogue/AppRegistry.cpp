@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "catalogue/AppRegistry.h"
 
+#include "catalogue/NameCollation.h"
 #include "platform/InstalledAppSource.h"
 #include "platform/Workspace.h"
 #include "settings/Preferences.h"
 
-#include <QCollator>
 #include <QFileInfo>
 #include <QSet>
 #include <QTextBoundaryFinder>
@@ -16,28 +16,11 @@ namespace velkor {
 
 namespace {
 
-QCollator& nameCollator()
-{
-    // Built once per thread: QCollator is not safe to share between threads.
-    thread_local QCollator collator = [] {
-        // Under the C locale QCollator skips ICU, and its sort keys then
-        // compare code units with case; the root collation is the neutral
-        // choice there.
-        QLocale locale;
-        if (locale.language() == QLocale::C)
-            locale = QLocale(QLocale::English);
-        QCollator c(locale);
-        c.setCaseSensitivity(Qt::CaseInsensitive);
-        return c;
-    }();
-    return collator;
-}
-
-// Sorts by name with the collator's sort keys, computed once per entry
-// rather than once per comparison; equal names keep their order.
+// Sorts by name with the names' sort keys, computed once per name rather
+// than once per comparison; equal names keep their order.
 template <typename KeyOf> void sortByName(QList<AppEntry>& entries, KeyOf keyOf)
 {
-    QList<std::pair<const QCollatorSortKey*, qsizetype>> keyed;
+    QList<std::pair<const QString*, qsizetype>> keyed;
     keyed.reserve(entries.size());
     for (qsizetype i = 0; i < entries.size(); ++i)
         keyed.append({&keyOf(entries[i].name), i});
@@ -118,10 +101,10 @@ void AppRegistry::refreshRunning()
         keys.insert(entry.name,
                     known != m_nameKeys.cend()
                         ? *known
-                        : NameKeys{nameCollator().sortKey(entry.name), letterKey(entry.name)});
+                        : NameKeys{NameCollation::sortKey(entry.name), letterKey(entry.name)});
     }
     m_nameKeys = std::move(keys);
-    sortByName(entries, [this](const QString& name) -> const QCollatorSortKey& {
+    sortByName(entries, [this](const QString& name) -> const QString& {
         return m_nameKeys.constFind(name)->sortKey;
     });
     LetterUsage usage = m_prefs.letterUsage();
@@ -146,11 +129,6 @@ QString AppRegistry::letterKey(const QString& name)
     QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, lower);
     const qsizetype end = finder.toNextBoundary();
     return lower.left(end > 0 ? end : lower.size()).normalized(QString::NormalizationForm_C);
-}
-
-int AppRegistry::compareNames(const QString& a, const QString& b)
-{
-    return nameCollator().compare(a, b);
 }
 
 void AppRegistry::rebuildLetterMap()
@@ -198,16 +176,16 @@ void AppRegistry::indexInstalledApps(const InstalledAppSource& source)
 
 void AppRegistry::storeInstalledApps(QList<AppEntry> entries)
 {
-    QList<QCollatorSortKey> keys;
+    QList<QString> keys;
     keys.reserve(entries.size());
     QHash<QString, qsizetype> keyOfName;
     for (const AppEntry& entry : std::as_const(entries)) {
         if (keyOfName.contains(entry.name))
             continue;
         keyOfName.insert(entry.name, keys.size());
-        keys.append(nameCollator().sortKey(entry.name));
+        keys.append(NameCollation::sortKey(entry.name));
     }
-    sortByName(entries, [&](const QString& name) -> const QCollatorSortKey& {
+    sortByName(entries, [&](const QString& name) -> const QString& {
         return keys.at(keyOfName.value(name));
     });
     QSet<QString> seen;

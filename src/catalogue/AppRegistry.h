@@ -3,7 +3,6 @@
 
 #include "catalogue/AppEntry.h"
 
-#include <QCollatorSortKey>
 #include <QHash>
 #include <QList>
 #include <QMap>
@@ -47,9 +46,6 @@ public:
     // share their key.
     static QString letterKey(const QString& name);
 
-    // Locale-aware, case-insensitive: <0, 0, >0.
-    static int compareNames(const QString& a, const QString& b);
-
 signals:
     void runningAppsChanged();
     void letterMapChanged();
@@ -69,7 +65,7 @@ private:
 
     struct NameKeys
     {
-        QCollatorSortKey sortKey;
+        QString sortKey;
         QString letter;
     };
     // The keys of the running apps' names, kept from one refresh to the next.
