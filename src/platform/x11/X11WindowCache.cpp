@@ -121,10 +121,13 @@ void X11WindowCache::noteDesktopRequested(xcb_window_t window, quint32 desktop)
         it->desktop = desktop;
 }
 
-void X11WindowCache::noteRaised(xcb_window_t window)
+bool X11WindowCache::noteRaised(xcb_window_t window)
 {
-    if (const X11Client* c = client(window); c && c->pid)
-        m_raised.insert(c->pid, window);
+    const X11Client* c = client(window);
+    if (!c || !c->pid)
+        return false;
+    m_raised.insert(c->pid, window);
+    return true;
 }
 
 xcb_window_t X11WindowCache::takeRaised(Pid pid)
@@ -132,6 +135,15 @@ xcb_window_t X11WindowCache::takeRaised(Pid pid)
     const xcb_window_t window = m_raised.take(pid);
     const X11Client* c = client(window);
     return c && c->pid == pid ? window : NoWindow;
+}
+
+bool X11WindowCache::takePendingRaise(xcb_window_t window)
+{
+    const X11Client* c = client(window);
+    if (!c || !c->pid || m_raised.value(c->pid) != window)
+        return false;
+    m_raised.remove(c->pid);
+    return true;
 }
 
 void X11WindowCache::readClientList()

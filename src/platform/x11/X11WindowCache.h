@@ -39,9 +39,13 @@ public:
     // acts; these note what was asked so that requests made before its
     // answer build on it.
     void noteDesktopRequested(xcb_window_t window, quint32 desktop);
-    void noteRaised(xcb_window_t window);
+    // False when the window has no known app to note it for.
+    bool noteRaised(xcb_window_t window);
     // The window most recently raised for pid, if it is still managed.
     xcb_window_t takeRaised(Pid pid);
+    // Whether window is the one last raised for its app and not taken yet;
+    // it is taken now.
+    bool takePendingRaise(xcb_window_t window);
 
     // Reads everything again (after a window manager restart).
     void reload();

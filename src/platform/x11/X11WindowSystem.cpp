@@ -53,9 +53,26 @@ void X11WindowSystem::raise(const WindowHandle& window)
     const xcb_window_t id = idOf(window);
     if (!m_cache.client(id))
         return;
-    m_cache.noteRaised(id);
-    X11Connection& x = m_cache.connection();
-    x.sendRootMessage(id, Atom::NetRestackWindow, {2, NoWindow, XCB_STACK_MODE_ABOVE, 0, 0});
+    // Activating a window raises it too, and a raise is nearly always
+    // followed by the activation of the same window: the restack goes out
+    // only if no activation took it by the time this event is handled, so
+    // the window manager gets one request on the way to focus, not two.
+    if (!m_cache.noteRaised(id)) {
+        restack(m_cache.connection(), id);
+        return;
+    }
+    QMetaObject::invokeMethod(
+        &m_cache,
+        [&cache = m_cache, id] {
+            if (cache.takePendingRaise(id))
+                restack(cache.connection(), id);
+        },
+        Qt::QueuedConnection);
+}
+
+void X11WindowSystem::restack(X11Connection& x, xcb_window_t window)
+{
+    x.sendRootMessage(window, Atom::NetRestackWindow, {2, NoWindow, XCB_STACK_MODE_ABOVE, 0, 0});
     x.flush();
 }
 

@@ -8,6 +8,7 @@
 
 namespace velkor::x11 {
 
+class X11Connection;
 class X11WindowCache;
 
 // A managed top-level window, by its X id.
@@ -37,6 +38,8 @@ public:
     static xcb_window_t idOf(const WindowHandle& window);
 
 private:
+    static void restack(X11Connection& x, xcb_window_t window);
+
     std::shared_ptr<X11WindowCache> m_owner;
     X11WindowCache& m_cache;
 };
