@@ -71,6 +71,17 @@ private slots:
         QVERIFY(activeBecomes(recorder));
         desktop().type(QStringLiteral("e"));
         QVERIFY2(holdsExactly(QStringLiteral("0,se")), qPrintable(desktop().recorded(Recorder)));
+
+        // Shift already down when the key goes down changes nothing: the
+        // letter still switches and stays out of the recorder.
+        desktop().holding(key::ShiftL, [&] {
+            desktop().holding(key::SuperR, [&] { desktop().type(QStringLiteral("a")); });
+        });
+        QVERIFY(activeBecomes(alpha));
+        desktop().activate(recorder);
+        QVERIFY(activeBecomes(recorder));
+        desktop().type(QStringLiteral("f"));
+        QVERIFY2(holdsExactly(QStringLiteral("0,sef")), qPrintable(desktop().recorded(Recorder)));
     }
 
     void superTabOpensTheWindowSwitcherOnlyWhenAsked()

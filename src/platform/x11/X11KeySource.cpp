@@ -39,6 +39,18 @@ bool samePlaces(const QList<X11KeyGrab>& a, const QList<X11KeyGrab>& b)
            std::all_of(a.cbegin(), a.cend(), [&](const X11KeyGrab& g) { return b.contains(g); });
 }
 
+// The modifiers the activation key is grabbed under besides none.
+constexpr std::pair<uint16_t, QLatin1StringView> HeldWithActivation[] = {
+    {XCB_MOD_MASK_SHIFT, QLatin1StringView(" with Shift")},
+    {XCB_MOD_MASK_CONTROL, QLatin1StringView(" with Control")},
+    {XCB_MOD_MASK_1, QLatin1StringView(" with Alt")},
+    {XCB_MOD_MASK_SHIFT | XCB_MOD_MASK_CONTROL, QLatin1StringView(" with Shift+Control")},
+    {XCB_MOD_MASK_SHIFT | XCB_MOD_MASK_1, QLatin1StringView(" with Shift+Alt")},
+    {XCB_MOD_MASK_CONTROL | XCB_MOD_MASK_1, QLatin1StringView(" with Control+Alt")},
+    {XCB_MOD_MASK_SHIFT | XCB_MOD_MASK_CONTROL | XCB_MOD_MASK_1,
+     QLatin1StringView(" with Shift+Control+Alt")},
+};
+
 // setxkbmap sends several notifications in a row; one reload covers them.
 constexpr int KeymapSettleMs = 50;
 
@@ -205,8 +217,14 @@ QList<X11KeyGrab> X11KeySource::wantedGrabs() const
     QList<X11KeyGrab> grabs;
     if (const auto keycode = X11KeyTranslator::xKeycodeForKeyCode(m_watch.activationKeyCode)) {
         if (m_keymap->hasKey(*keycode)) {
-            grabs.append({xcb_keycode_t(*keycode), 0,
-                          QStringLiteral("activation key %1").arg(m_keymap->describe(*keycode))});
+            const QString name =
+                QStringLiteral("activation key %1").arg(m_keymap->describe(*keycode));
+            grabs.append({xcb_keycode_t(*keycode), 0, name});
+            // A hand may already hold Shift, Control or Alt when the key goes
+            // down; it still starts a session, and the letters typed under it
+            // must not reach the focused window.
+            for (const auto& [held, heldName] : HeldWithActivation)
+                grabs.append({xcb_keycode_t(*keycode), held, name + heldName});
         }
     }
     const uint16_t super = m_keymap->superMask();
