@@ -71,11 +71,13 @@ QIcon X11ShellIntegration::iconForFile(const QString& path)
 {
     if (!path.endsWith(QLatin1String(".desktop")))
         return QIcon();
-    std::unique_ptr<GDesktopAppInfo, decltype(&g_object_unref)> info(
-        g_desktop_app_info_new_from_filename(path.toUtf8().constData()), &g_object_unref);
-    if (!info)
+    // Only the Icon key is needed: GLib's key-file reader gets it without
+    // starting GIO's application registry and its folder monitors.
+    std::unique_ptr<GKeyFile, decltype(&g_key_file_free)> file(g_key_file_new(), &g_key_file_free);
+    if (!g_key_file_load_from_file(file.get(), path.toUtf8().constData(), G_KEY_FILE_NONE, nullptr))
         return QIcon();
-    gchar* raw = g_desktop_app_info_get_string(info.get(), "Icon");
+    gchar* raw = g_key_file_get_string(file.get(), G_KEY_FILE_DESKTOP_GROUP,
+                                       G_KEY_FILE_DESKTOP_KEY_ICON, nullptr);
     const QString icon = QString::fromUtf8(raw ? raw : "");
     g_free(raw);
     if (icon.isEmpty())
