@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "platform/x11/GioInstalledAppSource.h"
 
-#include "platform/x11/Gio.h"
-#include "platform/x11/GioDesktopEntries.h"
+#include "platform/x11/XdgDesktopFiles.h"
 
 #include <QHash>
-#include <QSet>
+#include <glib.h>
 #include <memory>
 #include <thread>
 #include <vector>
@@ -33,57 +32,6 @@ using OwnedStrv = std::unique_ptr<gchar*, StrvFree>;
 
 constexpr const char* Group = G_KEY_FILE_DESKTOP_GROUP;
 
-// One desktop file, with the id its folder gives it.
-struct Found
-{
-    QString id;
-    QByteArray path;
-};
-
-// Sub-folders name their entries with dashes: vendor/tool.desktop is
-// "vendor-tool". An id seen in an earlier folder hides every later one,
-// whether or not its own file turns out usable.
-void walk(const QByteArray& dir, const QString& prefix, QSet<QString>& seen, QList<Found>& out)
-{
-    GDir* handle = g_dir_open(dir.constData(), 0, nullptr);
-    if (!handle)
-        return;
-    while (const char* name = g_dir_read_name(handle)) {
-        const QByteArray path = dir + '/' + name;
-        const QString fileName = QString::fromUtf8(name);
-        if (g_file_test(path.constData(), G_FILE_TEST_IS_DIR)) {
-            walk(path, prefix + fileName + QLatin1Char('-'), seen, out);
-            continue;
-        }
-        if (!fileName.endsWith(QLatin1String(".desktop")))
-            continue;
-        const QString id = GioDesktopEntries::idFromFileName(prefix + fileName);
-        if (seen.contains(id))
-            continue;
-        seen.insert(id);
-        out.append({id, path});
-    }
-    g_dir_close(handle);
-}
-
-QList<Found> desktopFiles()
-{
-    QList<QByteArray> dirs{QByteArray(g_get_user_data_dir())};
-    for (const gchar* const* d = g_get_system_data_dirs(); *d; ++d)
-        dirs.append(QByteArray(*d));
-    QSet<QString> seen;
-    QList<Found> found;
-    QSet<QByteArray> walked;
-    for (const QByteArray& dir : std::as_const(dirs)) {
-        const QByteArray apps = dir + "/applications";
-        if (walked.contains(apps))
-            continue;
-        walked.insert(apps);
-        walk(apps, QString(), seen, found);
-    }
-    return found;
-}
-
 // The desktops this session names, as XDG_CURRENT_DESKTOP lists them.
 QList<QByteArray> currentDesktops()
 {
@@ -110,7 +58,7 @@ bool listNames(GKeyFile* file, const char* key, const QByteArray& desktop)
 class EntryReader
 {
 public:
-    std::optional<InstalledApp> read(const Found& found)
+    std::optional<InstalledApp> read(const XdgDesktopFile& found)
     {
         std::unique_ptr<GKeyFile, KeyFileFree> file(g_key_file_new());
         if (!g_key_file_load_from_file(file.get(), found.path.constData(), G_KEY_FILE_NONE,
@@ -181,7 +129,7 @@ private:
 };
 
 // Reads found[begin, end) into out, in order.
-void readRange(const QList<Found>& found, qsizetype begin, qsizetype end,
+void readRange(const QList<XdgDesktopFile>& found, qsizetype begin, qsizetype end,
                std::vector<std::optional<InstalledApp>>& out)
 {
     EntryReader reader;
@@ -193,7 +141,7 @@ void readRange(const QList<Found>& found, qsizetype begin, qsizetype end,
 
 QList<InstalledApp> GioInstalledAppSource::scan() const
 {
-    const QList<Found> found = desktopFiles();
+    const QList<XdgDesktopFile> found = XdgDesktopFiles::all();
     std::vector<std::optional<InstalledApp>> read(size_t(found.size()));
     // Parsing is most of the work; a second thread takes half of it.
     const qsizetype half = found.size() / 2;

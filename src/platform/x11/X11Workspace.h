@@ -2,7 +2,7 @@
 #pragma once
 
 #include "platform/Workspace.h"
-#include "platform/x11/GioDesktopEntries.h"
+#include "platform/x11/XdgDesktopEntryIndex.h"
 
 #include <QHash>
 #include <QSet>
@@ -43,7 +43,7 @@ private:
     std::shared_ptr<X11WindowCache> m_owner;
     X11WindowCache& m_cache;
     Pid m_ownPid;
-    mutable GioDesktopEntries m_entries;
+    mutable XdgDesktopEntryIndex m_entries;
     QList<RunningApp> m_lastApps;
     std::optional<Pid> m_lastFrontmost;
     xcb_window_t m_pendingActivation = 0;
