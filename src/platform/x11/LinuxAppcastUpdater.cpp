@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "platform/x11/LinuxAppcastUpdater.h"
 
+#include "platform/x11/FeedDownloaderLoader.h"
+
+#include <QCoreApplication>
 #include <QDesktopServices>
 #include <QLoggingCategory>
 #include <QMessageBox>
-#include <QNetworkAccessManager>
-#include <QNetworkReply>
 #include <QPushButton>
 
 Q_LOGGING_CATEGORY(lcUpdater, "velkor.updater")
@@ -13,48 +14,58 @@ Q_LOGGING_CATEGORY(lcUpdater, "velkor.updater")
 namespace velkor::x11 {
 
 LinuxAppcastUpdater::LinuxAppcastUpdater(QUrl feedUrl, QString currentVersion, Presenter present,
-                                         QObject* parent)
+                                         QString moduleDirectory, QObject* parent)
     : QObject(parent), m_feedUrl(std::move(feedUrl)), m_currentVersion(std::move(currentVersion)),
-      m_present(std::move(present))
+      m_present(std::move(present)), m_moduleDirectory(std::move(moduleDirectory))
 {}
 
-LinuxAppcastUpdater::~LinuxAppcastUpdater()
-{
-    if (m_reply)
-        m_reply->abort();
-}
+// The downloader's destructor aborts a transfer under way.
+LinuxAppcastUpdater::~LinuxAppcastUpdater() = default;
 
 void LinuxAppcastUpdater::checkForUpdates()
 {
     if (!isAvailable() || isChecking())
         return;
-    if (!m_network)
-        m_network = new QNetworkAccessManager(this);
-    QNetworkRequest request(m_feedUrl);
-    request.setTransferTimeout(TimeoutMs);
-    request.setHeader(QNetworkRequest::UserAgentHeader,
-                      QStringLiteral("Velkor/%1").arg(m_currentVersion));
+    m_checking = true;
     qCInfo(lcUpdater) << "checking" << m_feedUrl.toString();
-    m_reply = m_network->get(request);
-    connect(m_reply, &QNetworkReply::finished, this, &LinuxAppcastUpdater::finished);
+    if (!m_downloader && !loadDownloader())
+        return;
+    m_downloader->get(
+        m_feedUrl, QStringLiteral("Velkor/%1").arg(m_currentVersion), TimeoutMs,
+        [this](const QByteArray& body, const QString& error) {
+            if (!error.isEmpty()) {
+                finish(UpdateCheckResult::failure(
+                    m_currentVersion,
+                    QStringLiteral("The update feed could not be reached: %1").arg(error)));
+            } else {
+                finish(
+                    UpdateCheckResult::fromFeed(body, m_currentVersion, QStringLiteral("linux")));
+            }
+        });
 }
 
-void LinuxAppcastUpdater::finished()
+bool LinuxAppcastUpdater::loadDownloader()
 {
-    QNetworkReply* reply = m_reply;
-    m_reply = nullptr;
-    if (!reply)
-        return;
-    reply->deleteLater();
-    UpdateCheckResult result;
-    if (reply->error() != QNetworkReply::NoError) {
-        result = UpdateCheckResult::failure(
-            m_currentVersion,
-            QStringLiteral("The update feed could not be reached: %1").arg(reply->errorString()));
-    } else {
-        result = UpdateCheckResult::fromFeed(reply->readAll(), m_currentVersion,
-                                             QStringLiteral("linux"));
-    }
+    QStringList directories{QCoreApplication::applicationDirPath()};
+    if (!m_moduleDirectory.isEmpty())
+        directories.append(m_moduleDirectory);
+    FeedDownloaderLoader loader(directories);
+    m_downloader = loader.createDownloader();
+    if (m_downloader)
+        return true;
+    qCWarning(lcUpdater) << "cannot load the downloader:" << loader.error();
+    // Told from the event loop like a failed transfer, after checkForUpdates() has returned.
+    const auto failure = UpdateCheckResult::failure(
+        m_currentVersion,
+        QStringLiteral("The update checker could not be loaded: %1").arg(loader.error()));
+    QMetaObject::invokeMethod(
+        this, [this, failure] { finish(failure); }, Qt::QueuedConnection);
+    return false;
+}
+
+void LinuxAppcastUpdater::finish(const UpdateCheckResult& result)
+{
+    m_checking = false;
     qCInfo(lcUpdater) << "result:" << result.title();
     emit checked(result);
     if (m_present)

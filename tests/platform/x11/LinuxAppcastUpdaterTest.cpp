@@ -2,6 +2,7 @@
 #include "platform/x11/LinuxAppcastUpdater.h"
 
 #include <QFile>
+#include <QSignalSpy>
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QtTest>
@@ -12,6 +13,9 @@ using Outcome = UpdateCheckResult::Outcome;
 Q_DECLARE_METATYPE(velkor::UpdateCheckResult::Outcome)
 
 namespace {
+
+// Where the build puts the download module; the test's own directory has none.
+const QString ModuleDirectory = QStringLiteral(VELKOR_FEED_DOWNLOADER_DIR);
 
 QByteArray fixture(const QString& name)
 {
@@ -39,6 +43,7 @@ public:
     }
 
     int requests = 0;
+    QByteArray userAgent; // of the last request
 
 private:
     void serve(QTcpSocket* socket)
@@ -48,6 +53,10 @@ private:
             if (!request.contains("\r\n\r\n"))
                 return;
             ++requests;
+            const int agent = request.indexOf("User-Agent: ");
+            userAgent = agent < 0
+                            ? QByteArray()
+                            : request.mid(agent + 12, request.indexOf("\r\n", agent) - agent - 12);
             const QByteArray path = request.split(' ').value(1);
             const QByteArray body = fixture(QString::fromLatin1(path.mid(1)));
             const QByteArray status = body.isEmpty() ? "404 Not Found" : "200 OK";
@@ -73,6 +82,9 @@ private slots:
     void unreachableFeedFails();
     void withoutAFeedNothingIsRequested();
     void oneCheckAtATime();
+    void unloadableModuleFailsTheCheck_data();
+    void unloadableModuleFailsTheCheck();
+    void destroyedMidTransferTellsNothing();
 };
 
 void LinuxAppcastUpdaterTest::reportsEachFeedOutcome_data()
@@ -94,13 +106,15 @@ void LinuxAppcastUpdaterTest::reportsEachFeedOutcome()
 
     FeedServer server;
     QList<UpdateCheckResult> shown;
-    LinuxAppcastUpdater updater(server.url(feed), QStringLiteral("0.1.0"),
-                                [&](const UpdateCheckResult& r) { shown.append(r); });
+    LinuxAppcastUpdater updater(
+        server.url(feed), QStringLiteral("0.1.0"),
+        [&](const UpdateCheckResult& r) { shown.append(r); }, ModuleDirectory);
     QVERIFY(updater.isAvailable());
     QCOMPARE(server.requests, 0); // nothing is fetched before the user asks
     updater.checkForUpdates();
     QTRY_COMPARE_WITH_TIMEOUT(shown.size(), 1, 10000);
     QCOMPARE(server.requests, 1);
+    QCOMPARE(server.userAgent, QByteArray("Velkor/0.1.0"));
     QCOMPARE(shown[0].outcome, outcome);
     QCOMPARE(shown[0].currentVersion, QStringLiteral("0.1.0"));
     if (!offered.isEmpty())
@@ -118,9 +132,9 @@ void LinuxAppcastUpdaterTest::unreachableFeedFails()
         port = probe.serverPort();
     }
     QList<UpdateCheckResult> shown;
-    LinuxAppcastUpdater updater(QUrl(QStringLiteral("http://127.0.0.1:%1/feed.xml").arg(port)),
-                                QStringLiteral("0.1.0"),
-                                [&](const UpdateCheckResult& r) { shown.append(r); });
+    LinuxAppcastUpdater updater(
+        QUrl(QStringLiteral("http://127.0.0.1:%1/feed.xml").arg(port)), QStringLiteral("0.1.0"),
+        [&](const UpdateCheckResult& r) { shown.append(r); }, ModuleDirectory);
     updater.checkForUpdates();
     QTRY_COMPARE_WITH_TIMEOUT(shown.size(), 1, 10000);
     QCOMPARE(shown[0].outcome, Outcome::failed);
@@ -130,8 +144,9 @@ void LinuxAppcastUpdaterTest::unreachableFeedFails()
 void LinuxAppcastUpdaterTest::withoutAFeedNothingIsRequested()
 {
     int shown = 0;
-    LinuxAppcastUpdater updater(QUrl(), QStringLiteral("0.1.0"),
-                                [&](const UpdateCheckResult&) { ++shown; });
+    LinuxAppcastUpdater updater(
+        QUrl(), QStringLiteral("0.1.0"), [&](const UpdateCheckResult&) { ++shown; },
+        ModuleDirectory);
     QVERIFY(!updater.isAvailable());
     updater.checkForUpdates();
     QVERIFY(!updater.isChecking());
@@ -143,8 +158,9 @@ void LinuxAppcastUpdaterTest::oneCheckAtATime()
 {
     FeedServer server;
     int shown = 0;
-    LinuxAppcastUpdater updater(server.url("newer.xml"), QStringLiteral("0.1.0"),
-                                [&](const UpdateCheckResult&) { ++shown; });
+    LinuxAppcastUpdater updater(
+        server.url("newer.xml"), QStringLiteral("0.1.0"),
+        [&](const UpdateCheckResult&) { ++shown; }, ModuleDirectory);
     updater.checkForUpdates();
     updater.checkForUpdates();
     QVERIFY(updater.isChecking());
@@ -157,6 +173,76 @@ void LinuxAppcastUpdaterTest::oneCheckAtATime()
     updater.checkForUpdates();
     QTRY_COMPARE_WITH_TIMEOUT(shown, 2, 10000);
     QCOMPARE(server.requests, 2);
+}
+
+void LinuxAppcastUpdaterTest::unloadableModuleFailsTheCheck_data()
+{
+    QTest::addColumn<QByteArray>("moduleFile"); // empty: no module file at all
+    QTest::addColumn<QString>("reason");
+    QTest::newRow("absent") << QByteArray() << "was not found in";
+    QTest::newRow("not a library") << QByteArray("not an ELF file") << "velkor-feed-downloader.so";
+}
+
+void LinuxAppcastUpdaterTest::unloadableModuleFailsTheCheck()
+{
+    QFETCH(QByteArray, moduleFile);
+    QFETCH(QString, reason);
+
+    QTemporaryDir directory;
+    QVERIFY(directory.isValid());
+    if (!moduleFile.isEmpty()) {
+        QFile file(directory.filePath(QStringLiteral("velkor-feed-downloader.so")));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(moduleFile);
+    }
+    FeedServer server;
+    QList<UpdateCheckResult> shown;
+    LinuxAppcastUpdater updater(
+        server.url("newer.xml"), QStringLiteral("0.1.0"),
+        [&](const UpdateCheckResult& r) { shown.append(r); }, directory.path());
+    QSignalSpy checked(&updater, &LinuxAppcastUpdater::checked);
+    updater.checkForUpdates();
+    updater.checkForUpdates();
+    QVERIFY(updater.isChecking());
+    QCOMPARE(shown.size(), 0); // told from the event loop, like a failed transfer
+
+    QTRY_COMPARE_WITH_TIMEOUT(shown.size(), 1, 5000);
+    QCOMPARE(checked.size(), 1);
+    QCOMPARE(shown[0].outcome, Outcome::failed);
+    QVERIFY2(shown[0].message().contains(QStringLiteral("The update checker could not be loaded")),
+             qPrintable(shown[0].message()));
+    QVERIFY2(shown[0].message().contains(reason), qPrintable(shown[0].message()));
+    QVERIFY(!updater.isChecking());
+    QCOMPARE(server.requests, 0);
+
+    // The next check tries the module again.
+    updater.checkForUpdates();
+    QTRY_COMPARE_WITH_TIMEOUT(shown.size(), 2, 5000);
+    QCOMPARE(shown[1].outcome, Outcome::failed);
+}
+
+void LinuxAppcastUpdaterTest::destroyedMidTransferTellsNothing()
+{
+    // A server that takes the request and never answers.
+    QTcpServer silent;
+    QVERIFY(silent.listen(QHostAddress::LocalHost));
+    QList<QTcpSocket*> held;
+    connect(&silent, &QTcpServer::newConnection, this, [&] {
+        while (QTcpSocket* socket = silent.nextPendingConnection())
+            held.append(socket);
+    });
+    int shown = 0;
+    {
+        LinuxAppcastUpdater updater(
+            QUrl(QStringLiteral("http://127.0.0.1:%1/feed.xml").arg(silent.serverPort())),
+            QStringLiteral("0.1.0"), [&](const UpdateCheckResult&) { ++shown; }, ModuleDirectory);
+        updater.checkForUpdates();
+        QTRY_COMPARE_WITH_TIMEOUT(held.size(), 1, 5000);
+        QVERIFY(updater.isChecking());
+    }
+    QTRY_COMPARE_WITH_TIMEOUT(held[0]->state(), QAbstractSocket::UnconnectedState, 5000);
+    QTest::qWait(50);
+    QCOMPARE(shown, 0);
 }
 
 QTEST_GUILESS_MAIN(LinuxAppcastUpdaterTest)
