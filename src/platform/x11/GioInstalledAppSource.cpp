@@ -1,34 +1,16 @@
 // SPDX-License-Identifier: MIT
 #include "platform/x11/GioInstalledAppSource.h"
 
+#include "platform/x11/GLibOwned.h"
+#include "platform/x11/XdgApplicationCheck.h"
 #include "platform/x11/XdgDesktopFiles.h"
 
-#include <QHash>
-#include <glib.h>
-#include <memory>
 #include <thread>
 #include <vector>
 
 namespace velkor::x11 {
 
 namespace {
-
-struct GFree
-{
-    void operator()(gpointer p) const { g_free(p); }
-};
-using OwnedString = std::unique_ptr<gchar, GFree>;
-
-struct KeyFileFree
-{
-    void operator()(GKeyFile* k) const { g_key_file_free(k); }
-};
-
-struct StrvFree
-{
-    void operator()(gchar** v) const { g_strfreev(v); }
-};
-using OwnedStrv = std::unique_ptr<gchar*, StrvFree>;
 
 constexpr const char* Group = G_KEY_FILE_DESKTOP_GROUP;
 
@@ -60,18 +42,13 @@ class EntryReader
 public:
     std::optional<InstalledApp> read(const XdgDesktopFile& found)
     {
-        std::unique_ptr<GKeyFile, KeyFileFree> file(g_key_file_new());
+        KeyFile file(g_key_file_new());
         if (!g_key_file_load_from_file(file.get(), found.path.constData(), G_KEY_FILE_NONE,
                                        nullptr))
             return std::nullopt;
         GKeyFile* k = file.get();
-        OwnedString type(g_key_file_get_string(k, Group, G_KEY_FILE_DESKTOP_KEY_TYPE, nullptr));
-        if (!type || qstrcmp(type.get(), G_KEY_FILE_DESKTOP_TYPE_APPLICATION) != 0)
-            return std::nullopt;
-        if (!programExists(k, G_KEY_FILE_DESKTOP_KEY_TRY_EXEC, false) ||
-            !programExists(k, G_KEY_FILE_DESKTOP_KEY_EXEC, true))
-            return std::nullopt;
-        if (flag(k, G_KEY_FILE_DESKTOP_KEY_HIDDEN) || flag(k, G_KEY_FILE_DESKTOP_KEY_NO_DISPLAY) ||
+        if (!m_applications.accepts(k) ||
+            g_key_file_get_boolean(k, Group, G_KEY_FILE_DESKTOP_KEY_NO_DISPLAY, nullptr) ||
             !shownHere(k))
             return std::nullopt;
         InstalledApp app;
@@ -85,11 +62,6 @@ public:
     }
 
 private:
-    static bool flag(GKeyFile* k, const char* key)
-    {
-        return g_key_file_get_boolean(k, Group, key, nullptr);
-    }
-
     bool shownHere(GKeyFile* k) const
     {
         for (const QByteArray& desktop : m_desktops) {
@@ -101,31 +73,8 @@ private:
         return !g_key_file_has_key(k, Group, G_KEY_FILE_DESKTOP_KEY_ONLY_SHOW_IN, nullptr);
     }
 
-    // An empty or missing key passes; Exec names its program first.
-    bool programExists(GKeyFile* k, const char* key, bool commandLine)
-    {
-        OwnedString value(g_key_file_get_string(k, Group, key, nullptr));
-        if (!value || !*value)
-            return true;
-        QByteArray program = value.get();
-        if (commandLine) {
-            gchar** argv = nullptr;
-            if (!g_shell_parse_argv(value.get(), nullptr, &argv, nullptr))
-                return false;
-            OwnedStrv owned(argv);
-            program = argv[0];
-        }
-        // Many entries share their program; PATH is searched once for each.
-        auto known = m_programs.constFind(program);
-        if (known != m_programs.cend())
-            return *known;
-        const bool exists = OwnedString(g_find_program_in_path(program.constData())) != nullptr;
-        m_programs.insert(program, exists);
-        return exists;
-    }
-
     const QList<QByteArray> m_desktops = currentDesktops();
-    QHash<QByteArray, bool> m_programs;
+    XdgApplicationCheck m_applications;
 };
 
 // Reads found[begin, end) into out, in order.

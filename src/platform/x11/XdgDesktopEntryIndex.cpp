@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "platform/x11/XdgDesktopEntryIndex.h"
 
+#include "platform/x11/GLibOwned.h"
+#include "platform/x11/XdgApplicationCheck.h"
 #include "platform/x11/XdgDesktopFiles.h"
 
 #include <QElapsedTimer>
 #include <QLoggingCategory>
-#include <glib.h>
-#include <memory>
 
 Q_LOGGING_CATEGORY(lcDesktopEntries, "velkor.x11.desktopentries", QtInfoMsg)
 
@@ -15,24 +15,6 @@ namespace velkor::x11 {
 namespace {
 
 constexpr const char* Group = G_KEY_FILE_DESKTOP_GROUP;
-
-struct GFree
-{
-    void operator()(gpointer p) const { g_free(p); }
-};
-using OwnedString = std::unique_ptr<gchar, GFree>;
-
-struct StrvFree
-{
-    void operator()(gchar** v) const { g_strfreev(v); }
-};
-using OwnedStrv = std::unique_ptr<gchar*, StrvFree>;
-
-struct KeyFileFree
-{
-    void operator()(GKeyFile* k) const { g_key_file_free(k); }
-};
-using KeyFile = std::unique_ptr<GKeyFile, KeyFileFree>;
 
 KeyFile parse(const char* data, gsize length)
 {
@@ -57,40 +39,12 @@ OwnedString string(GKeyFile* k, const char* key)
     return OwnedString(g_key_file_get_string(k, Group, key, nullptr));
 }
 
-// An empty or missing key passes; Exec names its program first.
-bool programExists(GKeyFile* k, const char* key, bool commandLine)
+// Entries GIO refuses to load name no app either. NoDisplay is no reason to
+// refuse: a running app whose entry stays out of menus is still that app.
+std::optional<DesktopEntry> entryOf(GKeyFile* k, const QString& id, const QByteArray& path,
+                                    XdgApplicationCheck& check)
 {
-    OwnedString value = string(k, key);
-    if (!value || !*value)
-        return true;
-    const char* program = value.get();
-    OwnedStrv argv;
-    if (commandLine) {
-        gchar** parsed = nullptr;
-        if (!g_shell_parse_argv(value.get(), nullptr, &parsed, nullptr))
-            return false;
-        argv.reset(parsed);
-        program = parsed[0];
-    }
-    return OwnedString(g_find_program_in_path(program)) != nullptr;
-}
-
-// The entries GIO refuses to load name no app either. NoDisplay is no reason
-// to refuse: a running app whose entry stays out of menus is still that app.
-bool usable(GKeyFile* k)
-{
-    OwnedString type = string(k, G_KEY_FILE_DESKTOP_KEY_TYPE);
-    if (!type || qstrcmp(type.get(), G_KEY_FILE_DESKTOP_TYPE_APPLICATION) != 0)
-        return false;
-    if (g_key_file_get_boolean(k, Group, G_KEY_FILE_DESKTOP_KEY_HIDDEN, nullptr))
-        return false;
-    return programExists(k, G_KEY_FILE_DESKTOP_KEY_TRY_EXEC, false) &&
-           programExists(k, G_KEY_FILE_DESKTOP_KEY_EXEC, true);
-}
-
-std::optional<DesktopEntry> entryOf(GKeyFile* k, const QString& id, const QByteArray& path)
-{
-    if (!k || !usable(k))
+    if (!k || !check.accepts(k))
         return std::nullopt;
     DesktopEntry entry;
     entry.id = id;
@@ -106,7 +60,8 @@ std::optional<DesktopEntry> byId(const QString& id)
     const std::optional<QByteArray> path = XdgDesktopFiles::find(id);
     if (!path)
         return std::nullopt;
-    return entryOf(load(*path).get(), id, *path);
+    XdgApplicationCheck check;
+    return entryOf(load(*path).get(), id, *path, check);
 }
 
 } // namespace
@@ -119,6 +74,7 @@ const QHash<QString, DesktopEntry>& XdgDesktopEntryIndex::wmClassIndex()
     clock.start();
     m_wmClassIndex.emplace();
     const QList<XdgDesktopFile> files = XdgDesktopFiles::all();
+    XdgApplicationCheck check;
     for (const XdgDesktopFile& file : files) {
         gchar* data = nullptr;
         gsize length = 0;
@@ -138,7 +94,7 @@ const QHash<QString, DesktopEntry>& XdgDesktopEntryIndex::wmClassIndex()
         const QString key = QString::fromUtf8(wmClass.get());
         if (m_wmClassIndex->contains(key))
             continue;
-        if (auto entry = entryOf(k.get(), file.id, file.path))
+        if (auto entry = entryOf(k.get(), file.id, file.path, check))
             m_wmClassIndex->insert(key, *entry);
     }
     qCDebug(lcDesktopEntries) << "window classes of" << files.size() << "desktop files read in"
