@@ -1,16 +1,14 @@
 # SPDX-License-Identifier: MIT
 # The Debian package that scripts/package.sh builds with CPack: everything the
 # install rules install, under the prefix the build was configured with
-# (/usr for a package). Library dependencies come from dpkg-shlibdeps; the
-# two below are what Velkor loads at run time, which no linker records.
+# (/usr for a package). Library dependencies come from dpkg-shlibdeps; what
+# Velkor loads at run time, which no linker records, is named below.
 
 set(VELKOR_PACKAGE_MAINTAINER "${VELKOR_CHANGELOG_SIGNER}" CACHE STRING
     "Maintainer of the Debian package (default: who signed the newest changelog entry)")
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME velkor)
-set(CPACK_PACKAGE_VENDOR "The Velkor developers")
-set(CPACK_PACKAGE_CONTACT "${VELKOR_PACKAGE_MAINTAINER}")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "keyboard-driven app and window switcher")
 # Lines as they appear in the package's description (at most 80 columns).
 string(JOIN "\n" CPACK_PACKAGE_DESCRIPTION
