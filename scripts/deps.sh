@@ -15,6 +15,8 @@ packages=(
     fonts-league-spartan dbus-x11 dbus-daemon
     # the demo desktop and the end-to-end suite
     xvfb xauth openbox xterm x11-apps x11-utils x11-xserver-utils x11-xkb-utils xdotool wmctrl trayer procps
+    # the installed files' checks, the app icon's script, the Debian package
+    desktop-file-utils appstream man-db file python3 dpkg-dev lintian
 )
 
 missing=()

@@ -3,6 +3,7 @@
 
 #include "platform/x11/FeedDownloaderFactory.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
 #include <QLoggingCategory>
@@ -14,7 +15,15 @@ namespace velkor::x11 {
 
 FeedDownloaderLoader::FeedDownloaderLoader(QStringList directories)
     : m_directories(std::move(directories))
-{}
+{
+    m_directories.append(installedDirectory());
+}
+
+QString FeedDownloaderLoader::installedDirectory()
+{
+    return QDir::cleanPath(QCoreApplication::applicationDirPath() +
+                           QStringLiteral("/" VELKOR_MODULE_DIR_FROM_EXECUTABLE));
+}
 
 std::unique_ptr<FeedDownloader> FeedDownloaderLoader::createDownloader()
 {

@@ -15,8 +15,14 @@ class FeedDownloaderLoader final
 public:
     static constexpr const char* FileName = "velkor-feed-downloader.so";
 
-    // Looks in each directory in turn and loads the first module file found.
+    // Looks in each directory in turn, then in installedDirectory(), and
+    // loads the first module file found.
     explicit FeedDownloaderLoader(QStringList directories);
+
+    // Where an installed Velkor keeps the module (lib/<arch>/velkor under its
+    // prefix), found from the executable's folder so that a prefix installed
+    // elsewhere than configured still finds it.
+    static QString installedDirectory();
 
     // A new downloader, or null with error() saying why.
     std::unique_ptr<FeedDownloader> createDownloader();

@@ -14,12 +14,29 @@ namespace {
 
 const QString EntryName = QStringLiteral("velkor.desktop");
 
+// installedExecutable when running is that file, else running itself (as from
+// a build tree). The process knows itself by the path the links led to; the
+// installed path is the one the user and the package know.
+QString executableToStart(const QString& running, const QString& installedExecutable)
+{
+    const QString installed = QFileInfo(installedExecutable).canonicalFilePath();
+    if (!installed.isEmpty() && QFileInfo(running).canonicalFilePath() == installed)
+        return installedExecutable;
+    return running;
+}
+
 } // namespace
 
-XdgAutostartLoginItem::XdgAutostartLoginItem(QString executable, QString configHome)
-    : m_executable(std::move(executable)),
+XdgAutostartLoginItem::XdgAutostartLoginItem(QString runningExecutable, QString configHome,
+                                             QString installedExecutable)
+    : m_executable(executableToStart(runningExecutable, installedExecutable)),
       m_configHome(configHome.isEmpty() ? defaultConfigHome() : std::move(configHome))
 {}
+
+QString XdgAutostartLoginItem::defaultInstalledExecutable()
+{
+    return QStringLiteral(VELKOR_INSTALLED_EXECUTABLE);
+}
 
 QString XdgAutostartLoginItem::defaultConfigHome()
 {

@@ -11,8 +11,10 @@ namespace velkor::x11 {
 class XdgAutostartLoginItem final : public LoginItem
 {
 public:
-    // The entry starts executable; the config home defaults as above.
-    explicit XdgAutostartLoginItem(QString executable, QString configHome = QString());
+    // The entry starts the running executable, or the installed one when
+    // that is the same file; the config home defaults as above.
+    explicit XdgAutostartLoginItem(QString runningExecutable, QString configHome = QString(),
+                                   QString installedExecutable = defaultInstalledExecutable());
 
     Status status() override;
     bool registerItem(QString* error) override;
@@ -25,6 +27,9 @@ public:
 
     // The Exec= value that starts path, quoted as desktop entries require.
     static QString execLine(const QString& path);
+
+    // Where this build installs velkor (bin/velkor under its install prefix).
+    static QString defaultInstalledExecutable();
 
 private:
     QString m_executable;

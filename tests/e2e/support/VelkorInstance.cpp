@@ -6,6 +6,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QSettings>
 #include <csignal>
 #include <sys/prctl.h>
@@ -31,7 +32,17 @@ VelkorInstance::~VelkorInstance()
 
 QString VelkorInstance::binary()
 {
-    return QStringLiteral(VELKOR_BINARY);
+    static const QString chosen = [] {
+        const QString named = qEnvironmentVariable("VELKOR_TEST_BINARY");
+        if (named.isEmpty())
+            return QStringLiteral(VELKOR_BINARY);
+        // A wrong name must not quietly test something else.
+        if (!QFileInfo(named).isExecutable())
+            qFatal("VELKOR_TEST_BINARY=%s is not an executable", qPrintable(named));
+        qInfo("testing %s", qPrintable(named));
+        return named;
+    }();
+    return chosen;
 }
 
 QProcessEnvironment VelkorInstance::environment() const

@@ -23,6 +23,8 @@ public:
     explicit VelkorInstance(XDesktop& desktop, const QString& home = QString());
     ~VelkorInstance();
 
+    // The program under test: the build's own, or the one VELKOR_TEST_BINARY
+    // names (as when CI tests the installed package).
     static QString binary();
 
     QString configHome() const { return m_home + QLatin1String("/config"); }

@@ -3,6 +3,7 @@
 
 #include "app/LaunchAtLogin.h"
 
+#include <QDir>
 #include <QFile>
 #include <QSettings>
 #include <QTemporaryDir>
@@ -19,6 +20,7 @@ private slots:
     void followsXdgConfigHome();
     void disabledEntryCountsAsNotRegistered();
     void quotesExecutablePaths();
+    void startsTheInstalledExecutableWhenRunFromIt();
     void failureIsReportedAndLogged();
 };
 
@@ -114,6 +116,38 @@ void XdgAutostartLoginItemTest::quotesExecutablePaths()
     // key file's own unescaping.
     QCOMPARE(XdgAutostartLoginItem::execLine("/tmp/$x y/velkor"),
              QStringLiteral("\"/tmp/\\\\$x y/velkor\""));
+}
+
+void XdgAutostartLoginItemTest::startsTheInstalledExecutableWhenRunFromIt()
+{
+    QTemporaryDir root;
+    QVERIFY(QDir(root.path()).mkpath("usr/bin") && QDir(root.path()).mkpath("build/src/app"));
+    const QString installed = root.filePath("usr/bin/velkor");
+    const QString built = root.filePath("build/src/app/velkor");
+    for (const QString& path : {installed, built}) {
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+    }
+    // /bin -> usr/bin as on a merged-/usr system, and a link in a folder on
+    // the user's PATH: the process sees where the links led.
+    QVERIFY(QFile::link(root.filePath("usr/bin"), root.filePath("bin")));
+    QVERIFY(QDir(root.path()).mkpath("home/bin"));
+    QVERIFY(QFile::link(installed, root.filePath("home/bin/velkor")));
+
+    const auto entryExec = [&](const QString& running, const QString& installedPath) {
+        QTemporaryDir config;
+        XdgAutostartLoginItem item(running, config.path(), installedPath);
+        if (!item.registerItem(nullptr))
+            return QStringLiteral("(not written)");
+        QSettings entry(item.entryPath(), QSettings::IniFormat);
+        return entry.value("Desktop Entry/Exec").toString();
+    };
+    QCOMPARE(entryExec(installed, installed), installed);
+    QCOMPARE(entryExec(root.filePath("bin/velkor"), installed), installed);
+    QCOMPARE(entryExec(root.filePath("home/bin/velkor"), installed), installed);
+    // Run from a build tree, installed or not: the entry starts that build.
+    QCOMPARE(entryExec(built, installed), built);
+    QCOMPARE(entryExec(built, root.filePath("opt/velkor/bin/velkor")), built);
 }
 
 void XdgAutostartLoginItemTest::failureIsReportedAndLogged()
