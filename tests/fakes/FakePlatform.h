@@ -215,6 +215,7 @@ class FakeShellIntegration final : public ShellIntegration
 {
 public:
     void prepareOverlayWindow(QWindow*) override { ++preparedWindows; }
+    void orderOverlayFront(QWindow* window) override { orderedFront.append(window); }
     bool canBlurBehind() const override { return blur; }
     void setBlurBehind(QWindow*, const QRectF& area, qreal) override { blurArea = area; }
     void setRegularPresence(bool regular) override { presence.append(regular); }
@@ -223,6 +224,7 @@ public:
 
     bool blur = false;
     int preparedWindows = 0;
+    QList<QWindow*> orderedFront; // every orderOverlayFront call, in order
     QRectF blurArea;
     QList<bool> presence; // every setRegularPresence call, in order
 };

@@ -7,8 +7,9 @@
 
 namespace velkor {
 
-// The AppKit touches the shared Qt widgets need: the overlay's NSWindow,
-// the blur view under the pill, the activation policy and Finder icons.
+// The AppKit touches the shared Qt widgets need: the overlay's panel and
+// the blur under its pill, the activation policy, Finder icons and the
+// reopen request.
 class MacShellIntegration final : public ShellIntegration
 {
 public:
@@ -16,6 +17,7 @@ public:
     ~MacShellIntegration() override;
 
     void prepareOverlayWindow(QWindow* window) override;
+    void orderOverlayFront(QWindow* window) override;
     bool canBlurBehind() const override { return true; }
     void setBlurBehind(QWindow* window, const QRectF& area, qreal cornerRadius) override;
     void setRegularPresence(bool regular) override;
