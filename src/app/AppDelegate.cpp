@@ -83,7 +83,8 @@ void AppDelegate::installStatusItem()
     callbacks.checkForUpdates = [this] { m_platform->updater->checkForUpdates(); };
     callbacks.quit = [] { QCoreApplication::quit(); };
     m_menuModel->setUpdatesAvailable(m_platform->updater->isAvailable());
-    m_statusItem = std::make_unique<StatusItemController>(*m_menuModel);
+    m_statusItem = std::make_unique<StatusItemController>(
+        *m_menuModel, m_platform->shell->trayOpensMenuOnClick());
     m_statusItem->install();
 }
 

@@ -46,6 +46,10 @@ public:
     // again (Finder, Dock, Spotlight). Where a second start reaches the
     // running instance another way, nothing is registered.
     virtual void setReopenHandler(std::function<void()> handler) { Q_UNUSED(handler); }
+
+    // Whether the system tray opens the item's menu on a plain click by
+    // itself (the macOS status item), so the program must not open it again.
+    virtual bool trayOpensMenuOnClick() const { return false; }
 };
 
 } // namespace velkor

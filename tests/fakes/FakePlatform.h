@@ -221,8 +221,10 @@ public:
     void setRegularPresence(bool regular) override { presence.append(regular); }
     QIcon iconForFile(const QString&) override { return {}; }
     QIcon iconForProcess(Pid) override { return {}; }
+    bool trayOpensMenuOnClick() const override { return trayOpensMenu; }
 
     bool blur = false;
+    bool trayOpensMenu = false;
     int preparedWindows = 0;
     QList<QWindow*> orderedFront; // every orderOverlayFront call, in order
     QRectF blurArea;

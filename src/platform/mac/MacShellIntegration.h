@@ -8,8 +8,8 @@
 namespace velkor {
 
 // The AppKit touches the shared Qt widgets need: the overlay's panel and
-// the blur under its pill, the activation policy, Finder icons and the
-// reopen request.
+// the blur under its pill, the activation policy, Finder icons, the reopen
+// request and the status item's own menu.
 class MacShellIntegration final : public ShellIntegration
 {
 public:
@@ -24,6 +24,8 @@ public:
     QIcon iconForFile(const QString& path) override;
     QIcon iconForProcess(Pid pid) override;
     void setReopenHandler(std::function<void()> handler) override;
+    // The status item opens its menu itself when clicked.
+    bool trayOpensMenuOnClick() const override { return true; }
 
 private:
     // The Apple-event target of the reopen event; defined in the .mm.
