@@ -65,6 +65,8 @@ bool AppDelegate::claimSingleInstance()
 
 bool AppDelegate::start()
 {
+    // Opening the running app again (Finder, Dock, Spotlight) shows its settings.
+    m_platform->shell->setReopenHandler([this] { m_windows->showSettings(); });
     installStatusItem();
     if (m_permissions->isTrusted()) {
         startMonitoring();

@@ -221,12 +221,14 @@ public:
     void setRegularPresence(bool regular) override { presence.append(regular); }
     QIcon iconForFile(const QString&) override { return {}; }
     QIcon iconForProcess(Pid) override { return {}; }
+    void setReopenHandler(std::function<void()> handler) override { reopen = std::move(handler); }
     bool trayOpensMenuOnClick() const override { return trayOpensMenu; }
 
     bool blur = false;
     bool trayOpensMenu = false;
     int preparedWindows = 0;
     QList<QWindow*> orderedFront; // every orderOverlayFront call, in order
+    std::function<void()> reopen; // the handler the program registered
     QRectF blurArea;
     QList<bool> presence; // every setRegularPresence call, in order
 };
