@@ -152,8 +152,10 @@ void MacOverlayWindow::placeBlur()
     const CGFloat radius = m_blurRadius > 0 ? m_blurRadius : NSHeight(inWindow) / 2;
     ((NSVisualEffectView*)panel.contentView).maskImage = roundedMask(inWindow.size, radius);
     panel.alphaValue = window.alphaValue;
-    if (panel.parentWindow != window)
+    if (panel.parentWindow != window) {
+        [panel orderWindow:NSWindowBelow relativeTo:window.windowNumber];
         [window addChildWindow:panel ordered:NSWindowBelow];
+    }
 }
 
 void MacOverlayWindow::hideBlur()
