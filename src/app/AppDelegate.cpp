@@ -65,6 +65,8 @@ bool AppDelegate::claimSingleInstance()
 
 bool AppDelegate::start()
 {
+    // Opening the running app again (Finder, Dock, Spotlight) shows its settings.
+    m_platform->shell->setReopenHandler([this] { m_windows->showSettings(); });
     installStatusItem();
     if (m_permissions->isTrusted()) {
         startMonitoring();
@@ -83,7 +85,8 @@ void AppDelegate::installStatusItem()
     callbacks.checkForUpdates = [this] { m_platform->updater->checkForUpdates(); };
     callbacks.quit = [] { QCoreApplication::quit(); };
     m_menuModel->setUpdatesAvailable(m_platform->updater->isAvailable());
-    m_statusItem = std::make_unique<StatusItemController>(*m_menuModel);
+    m_statusItem = std::make_unique<StatusItemController>(
+        *m_menuModel, m_platform->shell->trayOpensMenuOnClick());
     m_statusItem->install();
 }
 

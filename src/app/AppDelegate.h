@@ -35,9 +35,10 @@ public:
     // runs: it has been asked to show its settings and this one should exit.
     bool claimSingleInstance();
 
-    // Runs once the application object exists: the tray item, then the key
-    // monitor when trusted, else the onboarding window. False when the
-    // program cannot work here; the reason has been written to the log.
+    // Runs once the application object exists: the reopen request and the
+    // tray item, then the key monitor when trusted, else the onboarding
+    // window. False when the program cannot work here; the reason has been
+    // written to the log.
     bool start();
 
     Platform& platform() { return *m_platform; }

@@ -12,8 +12,10 @@
 
 namespace velkor {
 
-StatusItemController::StatusItemController(StatusMenuModel& model, QObject* parent)
-    : QObject(parent), m_model(model), m_menu(std::make_unique<QMenu>())
+StatusItemController::StatusItemController(StatusMenuModel& model, bool trayOpensMenu,
+                                           QObject* parent)
+    : QObject(parent), m_model(model), m_trayOpensMenu(trayOpensMenu),
+      m_menu(std::make_unique<QMenu>())
 {
     connect(m_menu.get(), &QMenu::aboutToShow, this, &StatusItemController::rebuildMenu);
     // Filled now too, for trays that read the menu before it is opened
@@ -33,7 +35,7 @@ void StatusItemController::install()
     m_tray->setContextMenu(m_menu.get());
     // A plain click opens the menu as well, as a menu-bar item does.
     connect(m_tray, &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason r) {
-        if (r == QSystemTrayIcon::Trigger)
+        if (r == QSystemTrayIcon::Trigger && !m_trayOpensMenu)
             m_menu->popup(QCursor::pos());
     });
     m_tray->show();

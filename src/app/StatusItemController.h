@@ -18,7 +18,10 @@ class StatusItemController : public QObject
 {
     Q_OBJECT
 public:
-    explicit StatusItemController(StatusMenuModel& model, QObject* parent = nullptr);
+    // trayOpensMenu: the tray opens the menu on a click by itself (the macOS
+    // status item), so a click must not open it a second time.
+    explicit StatusItemController(StatusMenuModel& model, bool trayOpensMenu = false,
+                                  QObject* parent = nullptr);
     ~StatusItemController() override;
 
     // Creates the tray item with its icon, tool tip and menu, and shows it.
@@ -32,6 +35,7 @@ private:
     void rebuildMenu();
 
     StatusMenuModel& m_model;
+    bool m_trayOpensMenu;
     std::unique_ptr<QMenu> m_menu;
     QSystemTrayIcon* m_tray = nullptr;
 };

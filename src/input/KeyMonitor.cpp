@@ -170,6 +170,10 @@ void KeyMonitor::reenableIfDisabled()
 
 KeyDecision KeyMonitor::handle(const KeyEvent& event)
 {
+    // Keys Velkor posts itself pass untouched, before any other step: they
+    // must neither end nor drive the session the user is in.
+    if (event.postedBySelf)
+        return KeyDecision::Pass;
     switch (event.type) {
     case KeyEventType::TapDisabledByTimeout:
     case KeyEventType::TapDisabledByUserInput:

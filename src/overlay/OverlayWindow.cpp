@@ -81,7 +81,7 @@ void OverlayWindow::orderFront()
 {
     if (!isVisible())
         show();
-    raise();
+    m_shell.orderOverlayFront(windowHandle());
 }
 
 void OverlayWindow::fadeIn(double seconds)
@@ -89,7 +89,7 @@ void OverlayWindow::fadeIn(double seconds)
     m_fade->stop();
     setWindowOpacity(0.0);
     show();
-    raise();
+    m_shell.orderOverlayFront(windowHandle());
     m_fade->setDuration(int(seconds * 1000));
     m_fade->start();
 }

@@ -26,6 +26,9 @@ struct KeyEvent
     quint64 flags = 0;
     QString characters;   // what the key types with modifiers ignored; may be empty
     double timestamp = 0; // seconds on the Clock's time line
+    // Posted by Velkor itself (the Control + digit fallback for Spaces); its
+    // flags say nothing about the keys the user holds.
+    bool postedBySelf = false;
 };
 
 enum class KeyDecision

@@ -6,9 +6,8 @@
 #include <QIcon>
 #include <QRectF>
 #include <QString>
+#include <QWindow>
 #include <functional>
-
-class QWindow;
 
 namespace velkor {
 
@@ -22,6 +21,10 @@ public:
     // Makes a created (not yet shown) window an overlay: never takes focus,
     // above normal windows, on every desktop, not in task lists.
     virtual void prepareOverlayWindow(QWindow* window) = 0;
+
+    // Brings the shown overlay window to the front of its level without
+    // activating this application: the app the user works in keeps focus.
+    virtual void orderOverlayFront(QWindow* window) { window->raise(); }
 
     // Whether the platform can blur what lies behind a window.
     virtual bool canBlurBehind() const = 0;
@@ -43,6 +46,10 @@ public:
     // again (Finder, Dock, Spotlight). Where a second start reaches the
     // running instance another way, nothing is registered.
     virtual void setReopenHandler(std::function<void()> handler) { Q_UNUSED(handler); }
+
+    // Whether the system tray opens the item's menu on a plain click by
+    // itself (the macOS status item), so the program must not open it again.
+    virtual bool trayOpensMenuOnClick() const { return false; }
 };
 
 } // namespace velkor

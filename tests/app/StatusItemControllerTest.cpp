@@ -41,6 +41,7 @@ class StatusItemControllerTest : public QObject
 private slots:
     void menuFollowsTheTrustStateAtEveryOpening();
     void entriesCallTheirCallbacks();
+    void aPlainClickOpensTheMenuOnce();
     void iconIsOneColourOnTransparent();
 };
 
@@ -113,6 +114,28 @@ void StatusItemControllerTest::entriesCallTheirCallbacks()
     calls.clear();
     actionNamed(controller.menu(), QStringLiteral("Settings…"))->trigger();
     QCOMPARE(calls, QStringList{"settings"});
+}
+
+void StatusItemControllerTest::aPlainClickOpensTheMenuOnce()
+{
+    fake::FakePlatform platform;
+    PermissionsManager permissions(*platform.trust, *platform.clock);
+    StatusMenuModel model(permissions);
+    for (const bool trayOpensMenu : {false, true}) {
+        StatusItemController controller(model, trayOpensMenu);
+        controller.install();
+        QMenu& menu = controller.menu();
+        QSignalSpy opened(&menu, &QMenu::aboutToShow);
+        emit controller.trayIcon()->activated(QSystemTrayIcon::Trigger);
+        // Where the tray has opened the menu by itself (the macOS status
+        // item), the click must not open it a second time.
+        QCOMPARE(menu.isVisible(), !trayOpensMenu);
+        QCOMPARE(opened.count(), trayOpensMenu ? 0 : 1);
+        menu.hide();
+        // The context click is the tray's own business everywhere.
+        emit controller.trayIcon()->activated(QSystemTrayIcon::Context);
+        QVERIFY(!menu.isVisible());
+    }
 }
 
 void StatusItemControllerTest::iconIsOneColourOnTransparent()

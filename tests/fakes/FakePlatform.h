@@ -215,14 +215,20 @@ class FakeShellIntegration final : public ShellIntegration
 {
 public:
     void prepareOverlayWindow(QWindow*) override { ++preparedWindows; }
+    void orderOverlayFront(QWindow* window) override { orderedFront.append(window); }
     bool canBlurBehind() const override { return blur; }
     void setBlurBehind(QWindow*, const QRectF& area, qreal) override { blurArea = area; }
     void setRegularPresence(bool regular) override { presence.append(regular); }
     QIcon iconForFile(const QString&) override { return {}; }
     QIcon iconForProcess(Pid) override { return {}; }
+    void setReopenHandler(std::function<void()> handler) override { reopen = std::move(handler); }
+    bool trayOpensMenuOnClick() const override { return trayOpensMenu; }
 
     bool blur = false;
+    bool trayOpensMenu = false;
     int preparedWindows = 0;
+    QList<QWindow*> orderedFront; // every orderOverlayFront call, in order
+    std::function<void()> reopen; // the handler the program registered
     QRectF blurArea;
     QList<bool> presence; // every setRegularPresence call, in order
 };

@@ -112,6 +112,7 @@ private slots:
     void actionKeysFollowThePhysicalKey();
     void commandShortcutsOutsideSessions();
     void secondaryModifierAndMissedRelease();
+    void keysPostedBySelfPassUntouched();
     void sourceInstallWatchAndRecovery();
 };
 
@@ -306,6 +307,29 @@ void KeyMonitorTest::secondaryModifierAndMissedRelease()
     monitor->handle(flags(keys::RightOption, keys::RightOptionBit, 5.0));
     monitor->handle(flags(keys::RightOption, 0, 5.1));
     QCOMPARE(handler.take(), QStringList({"begin", "commitAndEnd"}));
+}
+
+void KeyMonitorTest::keysPostedBySelfPassUntouched()
+{
+    monitor->handle(flags(keys::RightCommand, RightCmd, 1.0));
+    monitor->handle(flags(keys::RightOption, RightCmd | keys::RightOptionBit, 1.1));
+    QCOMPARE(handler.take(), QStringList({"begin", "secondary:1"}));
+
+    // The Control + 2 that switches Spaces when the private calls are missing,
+    // seen by Velkor's own tap: neither activation key nor Right Option in
+    // its flags, and yet no missed release, and no digit.
+    for (KeyEventType type : {KeyEventType::KeyDown, KeyEventType::KeyUp}) {
+        KeyEvent posted = down(19, "2", keys::ControlMask, type);
+        posted.postedBySelf = true;
+        QCOMPARE(monitor->handle(posted), KeyDecision::Pass);
+    }
+    QCOMPARE(handler.take(), QStringList());
+    QVERIFY(monitor->primaryHeld());
+    QVERIFY(monitor->secondaryHeld());
+
+    // The session goes on with the user's own keys.
+    QCOMPARE(monitor->handle(down(1, "s", RightCmd | keys::RightOptionBit)), KeyDecision::Swallow);
+    QCOMPARE(handler.take(), QStringList("char:s"));
 }
 
 void KeyMonitorTest::sourceInstallWatchAndRecovery()

@@ -114,9 +114,13 @@ void OverlayWindowTest::followsTheContentWhenLaidOutAgain()
 void OverlayWindowTest::fadesInAndHidesAtOnce()
 {
     Fixture f;
+    const QList<QWindow*>& orderedFront = f.platform.shell->orderedFront;
     f.controller.showNow();
     QVERIFY(f.window().isFading());
     QVERIFY(f.window().windowOpacity() < 0.5);
+    // Brought forward by the platform, which knows how to do it without
+    // activating Velkor (a plain raise activates the whole app on macOS).
+    QCOMPARE(orderedFront, QList<QWindow*>{f.window().windowHandle()});
     QTRY_VERIFY_WITH_TIMEOUT(!f.window().isFading(), 2000);
     QCOMPARE(f.window().windowOpacity(), 1.0);
 
@@ -124,6 +128,7 @@ void OverlayWindowTest::fadesInAndHidesAtOnce()
     f.controller.showNow();
     QVERIFY(!f.window().isFading());
     QCOMPARE(f.window().windowOpacity(), 1.0);
+    QCOMPARE(orderedFront.size(), 2);
 
     // Hidden in the middle of a fade: gone at once, and the fade stops.
     f.controller.hide();

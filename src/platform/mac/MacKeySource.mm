@@ -2,6 +2,7 @@
 #include "platform/mac/MacKeySource.h"
 
 #include "platform/mac/CFRef.h"
+#include "platform/mac/MacPostedEvent.h"
 
 #import <AppKit/AppKit.h>
 #include <ApplicationServices/ApplicationServices.h>
@@ -58,6 +59,8 @@ KeyEvent makeKeyEvent(KeyEventType type, CGEventRef event, double timestamp)
         return keyEvent;
     keyEvent.keyCode = CGEventGetIntegerValueField(event, kCGKeyboardEventKeycode);
     keyEvent.flags = CGEventGetFlags(event);
+    keyEvent.postedBySelf =
+        CGEventGetIntegerValueField(event, kCGEventSourceUserData) == postedEventTag;
     if (type != KeyEventType::FlagsChanged)
         keyEvent.characters = charactersIgnoringModifiers(event);
     return keyEvent;

@@ -2,6 +2,8 @@
 #include "platform/NativePlatform.h"
 #include "platform/mac/MacPlatform.h"
 
+#include <QtGlobal>
+
 namespace velkor {
 
 // On Apple platforms there is one backend, whatever the Qt platform plugin
@@ -15,6 +17,12 @@ std::unique_ptr<Platform> createNativePlatform(const QString&)
 // handled by the onboarding window, so nothing can stop the start here.
 std::optional<QString> prepareNativeEnvironment()
 {
+    // Qt's cocoa plugin activates the whole application when a window is
+    // raised, and again when launching finishes. Velkor is an agent whose
+    // overlay must leave the focus where it is; it activates itself only
+    // when it shows a window of its own. Both are read once, so here.
+    qputenv("QT_MAC_SET_RAISE_PROCESS", "0");
+    qputenv("QT_MAC_DISABLE_FOREGROUND_APPLICATION_TRANSFORM", "1");
     return std::nullopt;
 }
 

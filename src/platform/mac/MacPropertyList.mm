@@ -34,8 +34,8 @@ QVariant fromArray(CFArrayRef array)
 QVariant fromDictionary(CFDictionaryRef dictionary)
 {
     const CFIndex count = CFDictionaryGetCount(dictionary);
-    std::vector<const void*> keys(size_t(count));
-    std::vector<const void*> values(size_t(count));
+    std::vector<const void*> keys(static_cast<size_t>(count), nullptr);
+    std::vector<const void*> values(static_cast<size_t>(count), nullptr);
     CFDictionaryGetKeysAndValues(dictionary, keys.data(), values.data());
     QVariantMap map;
     for (CFIndex i = 0; i < count; ++i) {

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "platform/mac/MacShellIntegration.h"
 
+#include "platform/mac/MacOverlayWindow.h"
+
 #import <AppKit/AppKit.h>
 #include <CoreServices/CoreServices.h>
 #include <QPixmap>
-#include <QWindow>
-#import <QuartzCore/QuartzCore.h>
 
 // Receives the reopen Apple event (kAEReopenApplication) the system sends
 // when the user opens the running app again.
@@ -45,66 +45,6 @@ struct MacShellIntegration::Reopen
 };
 
 namespace {
-
-NSString* const blurViewIdentifier = @"org.velkor.overlay-blur";
-
-// A Qt window's id on macOS is its NSView; creating the id creates the window.
-NSView* viewOf(QWindow* window)
-{
-    return window ? (__bridge NSView*)reinterpret_cast<void*>(window->winId()) : nil;
-}
-
-void applyOverlayBehaviour(NSWindow* panel)
-{
-    panel.level = NSFloatingWindowLevel; // 3
-    // Can join all Spaces (1) + ignores cycle (64) + full-screen auxiliary (256) = 321.
-    panel.collectionBehavior = NSWindowCollectionBehaviorCanJoinAllSpaces |
-                               NSWindowCollectionBehaviorIgnoresCycle |
-                               NSWindowCollectionBehaviorFullScreenAuxiliary;
-    panel.hidesOnDeactivate = NO;
-    panel.hasShadow = NO; // the view draws its own shadow
-    panel.opaque = NO;
-    panel.backgroundColor = NSColor.clearColor;
-    panel.ignoresMouseEvents = NO;
-    panel.acceptsMouseMovedEvents = YES;
-}
-
-NSVisualEffectView* blurViewIn(NSView* frame)
-{
-    for (NSView* view in frame.subviews) {
-        if ([view.identifier isEqualToString:blurViewIdentifier])
-            return (NSVisualEffectView*)view;
-    }
-    return nil;
-}
-
-NSVisualEffectView* makeBlurView()
-{
-    NSVisualEffectView* blur = [[NSVisualEffectView alloc] initWithFrame:NSZeroRect];
-    blur.identifier = blurViewIdentifier;
-    blur.material = NSVisualEffectMaterialHUDWindow;            // 13
-    blur.blendingMode = NSVisualEffectBlendingModeBehindWindow; // 0
-    blur.state = NSVisualEffectStateActive;                     // always active
-    blur.emphasized = YES;
-    return blur;
-}
-
-// The material is shaped by a mask image (its documented way); the layer is
-// rounded and clipped as well, for what the view draws itself.
-void roundCorners(NSVisualEffectView* blur, CGFloat radius)
-{
-    blur.maskImage = [NSImage imageWithSize:blur.bounds.size
-                                    flipped:NO
-                             drawingHandler:^BOOL(NSRect bounds) {
-                               [[NSBezierPath bezierPathWithRoundedRect:bounds
-                                                                xRadius:radius
-                                                                yRadius:radius] fill];
-                               return YES;
-                             }];
-    blur.wantsLayer = YES;
-    blur.layer.cornerRadius = radius;
-    blur.layer.masksToBounds = YES;
-}
 
 void listenForReopen(VelkorReopenTarget* target)
 {
@@ -147,49 +87,21 @@ void MacShellIntegration::setReopenHandler(std::function<void()> handler)
                 }];
 }
 
-// The overlay is a Qt window, not an NSPanel, so the non-activating panel
-// style is not available. It never takes focus because Qt is told so
-// (Qt::WindowDoesNotAcceptFocus keeps the window from becoming key) and it is
-// shown without activating the app (the widgets set
-// Qt::WA_ShowWithoutActivating); this process is an accessory app, so
-// nothing else brings it forward.
 void MacShellIntegration::prepareOverlayWindow(QWindow* window)
 {
-    if (!window)
-        return;
-    window->setFlag(Qt::WindowDoesNotAcceptFocus, true);
-    if (NSView* view = viewOf(window))
-        applyOverlayBehaviour(view.window);
-    // Qt sets the window level again when it shows a window; assert ours after it.
-    QObject::connect(window, &QWindow::visibleChanged, window, [window](bool visible) {
-        NSView* view = visible ? viewOf(window) : nil;
-        if (view)
-            applyOverlayBehaviour(view.window);
-    });
+    MacOverlayWindow::prepare(window);
 }
 
-// The blur view sits in the window's frame view just below Qt's content view,
-// so the pill drawn by Qt lies on top of it. Qt's view is flipped (top-left
-// origin), which the conversion to the frame view accounts for.
+void MacShellIntegration::orderOverlayFront(QWindow* window)
+{
+    if (MacOverlayWindow* overlay = MacOverlayWindow::of(window))
+        overlay->orderFront();
+}
+
 void MacShellIntegration::setBlurBehind(QWindow* window, const QRectF& area, qreal cornerRadius)
 {
-    NSView* content = viewOf(window);
-    NSView* frame = content.superview;
-    if (!frame)
-        return;
-    NSVisualEffectView* blur = blurViewIn(frame);
-    if (area.isEmpty()) {
-        [blur removeFromSuperview];
-        return;
-    }
-    if (!blur) {
-        blur = makeBlurView();
-        [frame addSubview:blur positioned:NSWindowBelow relativeTo:content];
-    }
-    const NSRect rect = NSMakeRect(area.x(), area.y(), area.width(), area.height());
-    blur.frame = [content convertRect:rect toView:frame];
-    // A radius of 0 means a capsule: half the height.
-    roundCorners(blur, cornerRadius > 0 ? cornerRadius : area.height() / 2.0);
+    if (MacOverlayWindow* overlay = MacOverlayWindow::of(window))
+        overlay->setBlur(area, cornerRadius);
 }
 
 void MacShellIntegration::setRegularPresence(bool regular)

@@ -2,6 +2,7 @@
 #include "platform/mac/MacSpaceSystem.h"
 
 #include "platform/mac/CFRef.h"
+#include "platform/mac/MacPostedEvent.h"
 #include "platform/mac/MacPropertyList.h"
 #include "platform/mac/MacSkyLight.h"
 #include "windows/DisplaySpaces.h"
@@ -71,6 +72,8 @@ bool MacSpaceSystem::postControlKey(int keyCode)
         return false;
     for (CGEventRef event : {down.get(), up.get()}) {
         CGEventSetFlags(event, kCGEventFlagMaskControl); // Control only
+        // Velkor's own tap sees these too; the tag lets them pass untouched.
+        CGEventSetIntegerValueField(event, kCGEventSourceUserData, postedEventTag);
         CGEventPost(kCGHIDEventTap, event);
     }
     return true;
