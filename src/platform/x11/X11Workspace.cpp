@@ -3,6 +3,7 @@
 
 #include "platform/x11/Gio.h"
 #include "platform/x11/X11WindowCache.h"
+#include "platform/x11/X11WindowRequests.h"
 
 #include <QGuiApplication>
 #include <QLoggingCategory>
@@ -129,10 +130,8 @@ void X11Workspace::hide(Pid pid)
 
 void X11Workspace::terminate(Pid pid)
 {
-    X11Connection& x = m_cache.connection();
     for (const X11Client* c : windowsOf(pid))
-        x.sendRootMessage(c->id, Atom::NetCloseWindow, {x.time(), 2, 0, 0, 0});
-    x.flush();
+        X11WindowRequests::close(m_cache, c->id);
 }
 
 void X11Workspace::activate(Pid pid)
@@ -178,10 +177,9 @@ void X11Workspace::sendPendingActivation()
     // openbox ignores activating a window on another desktop.
     if (m_cache.desktopCount() && !c->onDesktop(m_cache.currentDesktop()))
         x.sendRootMessage(x.root(), Atom::NetCurrentDesktop, {*c->desktop, x.time(), 0, 0, 0});
-    // Source indication 2: a pager acting for the user. Windows that take no
-    // input focus are raised but never become active; nobody waits for it.
-    x.sendRootMessage(window, Atom::NetActiveWindow, {2, x.time(), 0, 0, 0});
-    x.flush();
+    // Windows that take no input focus are raised but never become active;
+    // nobody waits for it.
+    X11WindowRequests::activate(m_cache, window);
 }
 
 void X11Workspace::openApplication(const QString& bundlePath)
