@@ -4,8 +4,11 @@
 #include "XDesktop.h"
 #include "settings/Preferences.h"
 
+#include <QFile>
 #include <QtTest>
 #include <memory>
+#include <sys/stat.h>
+#include <unistd.h>
 
 using namespace velkor;
 using namespace velkor::e2e;
@@ -28,7 +31,54 @@ class RobustnessTest : public DesktopTestCase
         QVERIFY2(desktop().waitForActive(wmClass), qPrintable(velkor.log()));
     }
 
+    // Tries the gesture from the window away until it switches to wmClass:
+    // the folders are read in the background, and the names they give may
+    // come after the first tries.
+    bool switchesEventually(xcb_window_t away, const QString& letter, const QString& wmClass)
+    {
+        return desktop().waitFor(
+            [&] {
+                desktop().activate(away);
+                desktop().waitFor([&] { return desktop().activeWindow() == away; });
+                desktop().underActivationKey(letter);
+                return desktop().waitForActive(wmClass, 1000);
+            },
+            20000);
+    }
+
 private slots:
+    void hostileApplicationFoldersHoldNothingUp()
+    {
+        const xcb_window_t kiwi = desktop().launchTerminal(QStringLiteral("Kiwi"));
+        const xcb_window_t other = desktop().launchTerminal(QStringLiteral("Other"));
+        QVERIFY(kiwi && other);
+        VelkorInstance velkor(desktop());
+        // A FIFO and a device where entries should be, a link loop, a link
+        // to "/" and a 4 GiB file: opening or reading any of them would hold
+        // the program at start, or at quit, for good.
+        const QByteArray apps = (velkor.dataHome() + QLatin1String("/applications")).toLocal8Bit();
+        QCOMPARE(::mkfifo(apps + "/fifo.desktop", 0600), 0);
+        QCOMPARE(::symlink("/dev/zero", apps + "/zero.desktop"), 0);
+        QCOMPARE(::symlink(".", apps + "/loop"), 0);
+        QCOMPARE(::symlink("/", apps + "/root"), 0);
+        QFile huge(QString::fromLocal8Bit(apps + "/huge.desktop"));
+        QVERIFY(huge.open(QIODevice::WriteOnly) && huge.resize(qint64(4) << 30));
+        huge.close();
+        velkor.writeDesktopEntry(QStringLiteral("mango"), QStringLiteral("Mango Tool"),
+                                 QStringLiteral("true"), QStringLiteral("Other"));
+        QVERIFY2(velkor.start(), qPrintable(velkor.log()));
+
+        // The entries around them are read: Other is named by its entry.
+        QVERIFY2(switchesEventually(kiwi, QStringLiteral("m"), QStringLiteral("Other")),
+                 qPrintable(velkor.log()));
+        // An entry written while the program runs names its app too.
+        velkor.writeDesktopEntry(QStringLiteral("zebra"), QStringLiteral("Zebra Tool"),
+                                 QStringLiteral("true"), QStringLiteral("Kiwi"));
+        QVERIFY2(switchesEventually(other, QStringLiteral("z"), QStringLiteral("Kiwi")),
+                 qPrintable(velkor.log()));
+        QVERIFY2(velkor.stop(), qPrintable(velkor.log()));
+    }
+
     void appKilledInMidSession()
     {
         const xcb_window_t mango = desktop().launchTerminal(QStringLiteral("Mango"));

@@ -6,6 +6,7 @@
 #include "platform/x11/X11WindowCache.h"
 #include "platform/x11/X11WindowSystem.h"
 #include "platform/x11/X11Workspace.h"
+#include "platform/x11/XdgDesktopEntryIndex.h"
 
 #include <QDir>
 #include <QFile>
@@ -68,7 +69,8 @@ private slots:
     {
         m_cache = std::make_shared<X11WindowCache>(X11Connection::fromQt());
         m_workspace =
-            std::make_unique<X11Workspace>(m_cache, Pid(QCoreApplication::applicationPid()));
+            std::make_unique<X11Workspace>(m_cache, std::make_shared<XdgDesktopEntryIndex>(),
+                                           Pid(QCoreApplication::applicationPid()));
         m_windows = std::make_unique<X11WindowSystem>(m_cache);
         m_spaces = std::make_unique<X11SpaceSystem>(m_cache);
     }

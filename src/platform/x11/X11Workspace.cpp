@@ -7,18 +7,23 @@
 
 #include <QGuiApplication>
 #include <QLoggingCategory>
+#include <sys/stat.h>
 #include <xcb/xcb_icccm.h>
 
 Q_LOGGING_CATEGORY(lcX11Workspace, "velkor.x11.workspace", QtInfoMsg)
 
 namespace velkor::x11 {
 
-X11Workspace::X11Workspace(std::shared_ptr<X11WindowCache> cache, Pid ownPid, QObject* parent)
-    : Workspace(parent), m_owner(cache), m_cache(*cache), m_ownPid(ownPid)
+X11Workspace::X11Workspace(std::shared_ptr<X11WindowCache> cache,
+                           std::shared_ptr<XdgDesktopEntryIndex> entries, Pid ownPid,
+                           QObject* parent)
+    : Workspace(parent), m_owner(cache), m_cache(*cache), m_entries(std::move(entries)),
+      m_ownPid(ownPid)
 {
     m_lastApps = runningApplications();
     m_lastFrontmost = frontmostPid();
     connect(&m_cache, &X11WindowCache::clientsChanged, this, &X11Workspace::onClientsChanged);
+    connect(m_entries.get(), &XdgDesktopEntryIndex::changed, this, &X11Workspace::onClientsChanged);
     connect(&m_cache, &X11WindowCache::activeWindowChanged, this,
             &X11Workspace::onActiveWindowChanged);
 }
@@ -46,7 +51,7 @@ RunningApp X11Workspace::describe(Pid pid, const QList<const X11Client*>& window
         }
     }
     if (auto entry =
-            m_entries.match(named->gtkApplicationId, named->className, named->instanceName)) {
+            m_entries->match(named->gtkApplicationId, named->className, named->instanceName)) {
         app.bundleId = entry->id;
         app.name = entry->name;
         app.bundlePath = entry->path;
@@ -184,8 +189,16 @@ void X11Workspace::sendPendingActivation()
 
 void X11Workspace::openApplication(const QString& bundlePath)
 {
+    // GIO opens the file as it is: it must still be a regular file, or the
+    // open could hold the main thread (a FIFO put in its place).
+    const QByteArray path = bundlePath.toUtf8();
+    struct stat st;
+    if (::stat(path.constData(), &st) != 0 || !S_ISREG(st.st_mode)) {
+        qCWarning(lcX11Workspace) << "no desktop entry at" << bundlePath;
+        return;
+    }
     std::unique_ptr<GDesktopAppInfo, decltype(&g_object_unref)> info(
-        g_desktop_app_info_new_from_filename(bundlePath.toUtf8().constData()), &g_object_unref);
+        g_desktop_app_info_new_from_filename(path.constData()), &g_object_unref);
     if (!info) {
         qCWarning(lcX11Workspace) << "no desktop entry at" << bundlePath;
         return;
