@@ -51,7 +51,9 @@ private slots:
     {
         QVERIFY(m_tmp.isValid());
         qputenv("XDG_DATA_HOME", (base() + QLatin1String("/home")).toUtf8());
-        qputenv("XDG_DATA_DIRS", (base() + QLatin1String("/system")).toUtf8());
+        // "later" has no applications folder yet.
+        qputenv("XDG_DATA_DIRS",
+                (base() + QLatin1String("/system:") + base() + QLatin1String("/later")).toUtf8());
         qputenv("XDG_CURRENT_DESKTOP", "GNOME");
         qputenv("LANGUAGE", "de");
 
@@ -229,6 +231,19 @@ private slots:
         QCOMPARE(found({}, "Localised", "localised"), QStringLiteral("Hallo|localised"));
         QCOMPARE(found({}, "Fifo", "fifo"), QStringLiteral("none"));
         QCOMPARE(found({}, "Zero", "zero"), QStringLiteral("none"));
+    }
+
+    void foldersAreWatchedEvenBeforeTheyExist()
+    {
+        GioInstalledAppSource source;
+        QObject context;
+        int changes = 0;
+        source.watch(&context, [&] { ++changes; });
+        // Apps installed for the user, and a folder of apps that appears.
+        write(home() + QLatin1String("/installed.desktop"), "Name=Installed\n");
+        QTRY_COMPARE_WITH_TIMEOUT(changes, 1, 10000);
+        write(base() + QLatin1String("/later/applications/new.desktop"), "Name=New\n");
+        QTRY_VERIFY_WITH_TIMEOUT(changes >= 2, 10000);
     }
 
     void aNewReadingOfTheFoldersReplacesEveryAnswer()

@@ -76,8 +76,10 @@ void X11WindowCache::readWindowManager()
     if (!self || self->value(0) != check)
         return;
     // The check window goes with its window manager, however that ends.
+    xcb_generic_error_t* gone = nullptr;
     auto attributes =
-        reply(xcb_get_window_attributes_reply(c, xcb_get_window_attributes(c, check), nullptr));
+        reply(xcb_get_window_attributes_reply(c, xcb_get_window_attributes(c, check), &gone));
+    std::free(gone);
     if (!attributes)
         return;
     const uint32_t mask = attributes->your_event_mask | XCB_EVENT_MASK_STRUCTURE_NOTIFY;
