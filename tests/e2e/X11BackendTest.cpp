@@ -16,6 +16,7 @@
 #include <QWindow>
 #include <QtTest>
 #include <memory>
+#include <sys/stat.h>
 
 using namespace velkor;
 using namespace velkor::e2e;
@@ -286,6 +287,18 @@ private slots:
         QVERIFY(!shell.iconForFile(entry).isNull());
         QVERIFY(
             shell.iconForFile(desktop().scratchPath() + QLatin1String("/none.desktop")).isNull());
+        // A FIFO as the entry, or as its icon, is no icon, and is not waited on.
+        const QByteArray fifo = (desktop().scratchPath() + QLatin1String("/fifo")).toLocal8Bit();
+        QCOMPARE(::mkfifo(fifo.constData(), 0600), 0);
+        QVERIFY(QFile::link(QString::fromLocal8Bit(fifo),
+                            desktop().scratchPath() + QLatin1String("/fifo.desktop")));
+        QVERIFY(
+            shell.iconForFile(desktop().scratchPath() + QLatin1String("/fifo.desktop")).isNull());
+        QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        file.write("[Desktop Entry]\nType=Application\nName=Iconic\nExec=true\nIcon=" + fifo +
+                   "\n");
+        file.close();
+        QVERIFY(shell.iconForFile(entry).isNull());
     }
 
     void appsWithoutAnEntryShowTheirWindowsIcon()

@@ -87,8 +87,10 @@ QIcon X11ShellIntegration::iconForFile(const QString& path)
     g_free(raw);
     if (icon.isEmpty())
         return QIcon();
+    // An icon path names a regular file, or no icon: reading a FIFO would
+    // hold the main thread.
     if (QFileInfo(icon).isAbsolute())
-        return QFileInfo::exists(icon) ? QIcon(icon) : QIcon();
+        return QFileInfo(icon).isFile() ? QIcon(icon) : QIcon();
     return QIcon::fromTheme(icon);
 }
 
