@@ -196,8 +196,10 @@ private slots:
         VelkorInstance velkor(desktop());
         velkor.preferences()->setOverlayDelay(0.4);
         QVERIFY2(velkor.start(), qPrintable(velkor.log()));
-        desktop().activate(alpha);
-        QVERIFY(desktop().waitForActive(QStringLiteral("Alpha")));
+        // The first keys from XTEST's keyboard are a new keyboard to the
+        // server, whose map the program reads again; that is done before
+        // the server goes.
+        stillSwitches(velkor, beta, QStringLiteral("a"), QStringLiteral("Alpha"));
 
         // A setting changes (the letter's learnt order) right before the
         // server goes.
