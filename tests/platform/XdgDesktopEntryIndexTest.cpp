@@ -169,7 +169,10 @@ private slots:
             QVERIFY(app.bundleId && app.name);
             QVERIFY2(QFile::exists(app.path), qPrintable(app.path));
             QVERIFY(!byId.contains(*app.bundleId));
-            byId.insert(*app.bundleId, *app.name);
+            // Whatever entries other programs left near "/" count, but are
+            // not this test's to know.
+            if (!app.bundleId->startsWith(QLatin1String("root-")))
+                byId.insert(*app.bundleId, *app.name);
         }
         const QMap<QString, QString> expected = {
             {QStringLiteral("org.example.Alpha"), QStringLiteral("Alpha")},
