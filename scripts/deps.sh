@@ -8,7 +8,7 @@ packages=(
     # build
     cmake g++ make pkg-config clang-format
     qt6-base-dev qt6-base-dev-tools qt6-qpa-plugins libgl-dev
-    libxcb1-dev libxcb-xtest0-dev libxcb-res0-dev libxcb-ewmh-dev libxcb-icccm4-dev
+    libx11-dev libxcb1-dev libxcb-xtest0-dev libxcb-res0-dev libxcb-ewmh-dev libxcb-icccm4-dev
     libxcb-keysyms1-dev libxcb-xkb-dev libxcb-xinput-dev
     libxkbcommon-dev libxkbcommon-x11-dev libglib2.0-dev
     # run

@@ -110,6 +110,13 @@ bool VelkorInstance::stop()
     return m_process.exitStatus() == QProcess::NormalExit && m_process.exitCode() == 0;
 }
 
+std::optional<int> VelkorInstance::exitCode() const
+{
+    if (isRunning() || m_process.exitStatus() != QProcess::NormalExit)
+        return std::nullopt;
+    return m_process.exitCode();
+}
+
 QString VelkorInstance::log()
 {
     m_output += m_process.readAll();

@@ -4,6 +4,7 @@
 #include <QProcess>
 #include <QString>
 #include <memory>
+#include <optional>
 
 namespace velkor {
 class Preferences;
@@ -45,6 +46,8 @@ public:
     // SIGTERM and wait; true when it exited on its own with status 0.
     bool stop();
     bool isRunning() const { return m_process.state() != QProcess::NotRunning; }
+    // The status it exited with by itself; absent while it runs or after a crash.
+    std::optional<int> exitCode() const;
     qint64 pid() const { return m_process.processId(); }
 
     // Everything it wrote to stdout and stderr so far.
