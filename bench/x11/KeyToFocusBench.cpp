@@ -4,6 +4,7 @@
 #include "BenchClient.h"
 #include "Benches.h"
 #include "KeyToFocus.h"
+#include "VelkorInstance.h"
 #include "XDesktop.h"
 
 namespace velkor::xbench {
@@ -17,8 +18,8 @@ int runKeyToFocus(const Options& options)
     e2e::XDesktop::settle(2000);
     report(QStringLiteral("key_to_focus_windows"), double(stage.desktop().clients().size()));
     report(QStringLiteral("key_to_focus_rounds"), options.rounds);
-    const KeyToFocus figures = measureKeyToFocus(stage.desktop(), stage.client(), stage.apps(),
-                                                 options.rounds, options.seed, true);
+    const KeyToFocus figures = measureKeyToFocus(stage.desktop(), stage.client(), stage.velkor(),
+                                                 stage.apps(), options.rounds, options.seed, true);
     reportKeyToFocus(QStringLiteral("key_to_focus"), figures, true);
     return 0;
 }

@@ -3,6 +3,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <algorithm>
 #include <unistd.h>
 
 namespace velkor::xbench {
@@ -88,6 +89,14 @@ QList<ThreadSample> threadsOf(qint64 pid)
             out.append(t);
     }
     return out;
+}
+
+double liveThreadsCpuMs(qint64 pid)
+{
+    double total = 0;
+    for (const ThreadSample& t : threadsOf(pid))
+        total += std::max(0.0, t.cpuMs);
+    return total;
 }
 
 double mainThreadCpuMs(qint64 pid)

@@ -33,5 +33,9 @@ struct ThreadSample
 QList<ThreadSample> threadsOf(qint64 pid);
 // The main thread's time on a CPU in milliseconds (its tid is the pid).
 double mainThreadCpuMs(qint64 pid);
+// Time on a CPU of every live thread together, in milliseconds, to the
+// nanosecond counts of schedstat: for short spans, where cpuMs's ticks
+// are too coarse.
+double liveThreadsCpuMs(qint64 pid);
 
 } // namespace velkor::xbench

@@ -107,6 +107,16 @@ double Samples::quantile(double q) const
     return sorted[std::min(sorted.size() - 1, size_t(q * double(sorted.size())))];
 }
 
+double Samples::mean() const
+{
+    if (m_ms.empty())
+        return -1;
+    double sum = 0;
+    for (double v : m_ms)
+        sum += v;
+    return sum / double(m_ms.size());
+}
+
 void Samples::report(const QString& prefix) const
 {
     xbench::report(prefix + QLatin1String("_median_ms"), median());

@@ -36,6 +36,7 @@ public:
     // -1 without samples.
     double quantile(double q) const;
     double median() const { return quantile(0.5); }
+    double mean() const;
 
     // <prefix>_median_ms, _p90_ms, _p99_ms, _samples, _failures.
     void report(const QString& prefix) const;

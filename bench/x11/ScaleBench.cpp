@@ -59,8 +59,8 @@ int runScale(const Options& options)
         return 1;
     e2e::XDesktop& desktop = stage.desktop();
     e2e::XDesktop::settle(2000);
-    const KeyToFocus few = measureKeyToFocus(desktop, stage.client(), stage.apps(), options.rounds,
-                                             options.seed, false);
+    const KeyToFocus few = measureKeyToFocus(desktop, stage.client(), stage.velkor(), stage.apps(),
+                                             options.rounds, options.seed, false);
     report(QStringLiteral("scale_12_windows"), double(desktop.clients().size()));
     reportKeyToFocus(QStringLiteral("scale_12"), few, false);
     stage.velkor().stop();
@@ -90,8 +90,8 @@ int runScale(const Options& options)
     report(QStringLiteral("scale_500_entries"), Entries);
     if (const auto memory = memoryOf(velkor->pid()))
         report(QStringLiteral("scale_500_rss_mb"), memory->residentMb);
-    const KeyToFocus many = measureKeyToFocus(desktop, stage.client(), stage.apps(), options.rounds,
-                                              options.seed + 1, false);
+    const KeyToFocus many = measureKeyToFocus(desktop, stage.client(), *velkor, stage.apps(),
+                                              options.rounds, options.seed + 1, false);
     reportKeyToFocus(QStringLiteral("scale_500"), many, false);
     if (few.velkor.median() > 0) {
         report(QStringLiteral("scale_ratio_500_over_12_velkor_median"),
