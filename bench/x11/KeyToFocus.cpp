@@ -27,8 +27,11 @@ enum class Method
 };
 
 // Two presses of the activation key closer than 0.35 s are a double tap;
-// every session of this benchmark starts further apart than that.
-constexpr auto SessionsApart = std::chrono::milliseconds(380);
+// every session of this benchmark starts further apart than that. Velkor
+// times a press when it handles it, not when it happened, so a press
+// handled late on a busy machine brings the next one closer: hence the
+// wide margin.
+constexpr auto SessionsApart = std::chrono::milliseconds(500);
 // The activation key goes down this long before the timed letter, so the
 // session's start (a registry refresh) is not part of the figure.
 constexpr int KeyDownBeforeLetterMs = 20;

@@ -54,11 +54,16 @@ int runSoak(const Options& options)
     double cpuMark = cpuStart;
     std::optional<double> rssAt200;
     std::array<int, size_t(Gesture::Count)> done{}, missed{};
+    // CPU per kind of gesture, from Velkor's live threads' schedstat around
+    // each gesture: work a gesture leaves behind lands on the next one.
+    std::array<double, size_t(Gesture::Count)> cpuByKind{};
     for (int i = 1; i <= total; ++i) {
         const Gesture g = gestures.pick();
         ++done[size_t(g)];
+        const double cpuBefore = liveThreadsCpuMs(pid);
         if (!gestures.perform(g))
             ++missed[size_t(g)];
+        cpuByKind[size_t(g)] += liveThreadsCpuMs(pid) - cpuBefore;
         if (!stage.velkor().isRunning()) {
             std::fprintf(stderr, "velkor exited at gesture %d\n%s\n", i,
                          qPrintable(stage.velkor().log()));
@@ -91,6 +96,8 @@ int runSoak(const Options& options)
     for (size_t g = 0; g < done.size(); ++g) {
         const QString name = QString::fromLatin1(nameOf(Gesture(g)));
         report(QStringLiteral("soak_count_") + name, done[g]);
+        if (done[g])
+            report(QStringLiteral("soak_cpu_ms_per_") + name, cpuByKind[g] / done[g]);
         if (missed[g])
             report(QStringLiteral("soak_unconfirmed_") + name, missed[g]);
         unconfirmed += missed[g];

@@ -26,7 +26,7 @@ enum class Gesture
     Letter,         // a letter under the key: its one app comes to the front
     Cycle,          // the same letter two to four times: the S apps take turns
     Search,         // a few letters no app starts with: the match comes at release
-    WindowSwitcher, // double tap, Tab, release: the second window comes forward
+    WindowSwitcher, // double tap, Tab, release: the switcher shows, commits, goes
     Hold,           // the key held past the overlay delay: the overlay shows and goes
     Desktop,        // a digit under the key: another desktop
     OpenWindow,     // an xterm of a new app starts
