@@ -5,6 +5,7 @@
 #include "settings/Preferences.h"
 
 #include <QProcess>
+#include <QTemporaryDir>
 #include <QtTest>
 #include <memory>
 #include <xcb/xcb.h>
@@ -75,6 +76,58 @@ void click(XDesktop& desktop, QPoint where, uint8_t button)
     xcb_test_fake_input(c, XCB_BUTTON_RELEASE, button, XCB_CURRENT_TIME, root, 0, 0, 0);
     xcb_flush(c);
 }
+
+// A session bus of the test's own for the programs it starts, optionally one
+// that gives no name under org.velkor to anyone.
+class PrivateSessionBus
+{
+public:
+    enum Policy
+    {
+        AllowAll,
+        RefuseVelkor
+    };
+
+    ~PrivateSessionBus()
+    {
+        if (m_daemon.state() == QProcess::NotRunning)
+            return;
+        qputenv("DBUS_SESSION_BUS_ADDRESS", m_savedAddress);
+        m_daemon.terminate();
+        m_daemon.waitForFinished(3000);
+    }
+
+    // False when there is no dbus-daemon to start.
+    bool start(Policy policy = AllowAll)
+    {
+        QFile config(m_dir.filePath(QStringLiteral("bus.conf")));
+        if (!config.open(QIODevice::WriteOnly))
+            return false;
+        config.write(
+            "<busconfig><type>session</type><listen>unix:dir=" + m_dir.path().toUtf8() +
+            "</listen><auth>EXTERNAL</auth><policy context=\"default\">"
+            "<allow send_destination=\"*\"/><allow receive_sender=\"*\"/><allow own=\"*\"/>" +
+            (policy == RefuseVelkor ? "<deny own_prefix=\"org.velkor\"/>" : "") +
+            "</policy></busconfig>");
+        config.close();
+        m_daemon.start(
+            QStringLiteral("dbus-daemon"),
+            {"--config-file=" + config.fileName(), "--nofork", "--nopidfile", "--print-address=1"});
+        if (!m_daemon.waitForStarted(5000) || !m_daemon.waitForReadyRead(5000))
+            return false;
+        const QByteArray address = m_daemon.readLine().trimmed();
+        if (address.isEmpty())
+            return false;
+        m_savedAddress = qgetenv("DBUS_SESSION_BUS_ADDRESS");
+        qputenv("DBUS_SESSION_BUS_ADDRESS", address);
+        return true;
+    }
+
+private:
+    QTemporaryDir m_dir;
+    QProcess m_daemon;
+    QByteArray m_savedAddress;
+};
 
 } // namespace
 
@@ -223,29 +276,21 @@ private slots:
 
     void secondStartShowsTheSettingsWindow()
     {
-        // A session bus of the test's own.
-        QProcess bus;
-        bus.start(QStringLiteral("dbus-daemon"),
-                  {"--session", "--nofork", "--nopidfile", "--print-address=1"});
-        if (!bus.waitForStarted(5000))
+        PrivateSessionBus bus;
+        if (!bus.start())
             QSKIP("dbus-daemon is not installed");
-        QVERIFY(bus.waitForReadyRead(5000));
-        const QByteArray address = bus.readLine().trimmed();
-        QVERIFY(!address.isEmpty());
-        const QByteArray saved = qgetenv("DBUS_SESSION_BUS_ADDRESS");
-        qputenv("DBUS_SESSION_BUS_ADDRESS", address);
-        auto restore = qScopeGuard([&] {
-            qputenv("DBUS_SESSION_BUS_ADDRESS", saved);
-            bus.terminate();
-            bus.waitForFinished(3000);
-        });
 
         VelkorInstance velkor(desktop());
         QVERIFY2(velkor.start(), qPrintable(velkor.log()));
         QVERIFY(shownWindowsNamed(desktop(), "Velkor Settings").isEmpty());
 
+        // The same X display, spelt another way.
+        QProcessEnvironment environment = velkor.environment();
+        const QString display = environment.value(QStringLiteral("DISPLAY"));
+        QVERIFY(display.startsWith(QLatin1Char(':')));
+        environment.insert(QStringLiteral("DISPLAY"), QStringLiteral("unix") + display + ".0");
         QProcess second;
-        second.setProcessEnvironment(velkor.environment());
+        second.setProcessEnvironment(environment);
         second.setProcessChannelMode(QProcess::MergedChannels);
         second.start(VelkorInstance::binary(), {});
         QVERIFY(second.waitForFinished(10000));
@@ -258,6 +303,19 @@ private slots:
                 [&] { return !shownWindowsNamed(desktop(), "Velkor Settings").isEmpty(); }, 5000),
             qPrintable(velkor.log()));
         QVERIFY(velkor.isRunning());
+        QVERIFY2(velkor.stop(), qPrintable(velkor.log()));
+    }
+
+    void aBusThatWillNotTellDoesNotStopVelkor()
+    {
+        PrivateSessionBus bus;
+        if (!bus.start(PrivateSessionBus::RefuseVelkor))
+            QSKIP("dbus-daemon is not installed");
+        VelkorInstance velkor(desktop());
+        QVERIFY2(velkor.start(), qPrintable(velkor.log()));
+        QVERIFY(velkor.isRunning());
+        QVERIFY2(velkor.log().contains(QStringLiteral("session bus refused the name")),
+                 qPrintable(velkor.log()));
         QVERIFY2(velkor.stop(), qPrintable(velkor.log()));
     }
 };
