@@ -5,9 +5,9 @@
 #include "settings/Preferences.h"
 
 #include <QProcess>
-#include <QTemporaryDir>
 #include <QtTest>
 #include <memory>
+#include <optional>
 #include <xcb/xcb.h>
 #include <xcb/xtest.h>
 
@@ -82,51 +82,38 @@ void click(XDesktop& desktop, QPoint where, uint8_t button)
 class PrivateSessionBus
 {
 public:
-    enum Policy
-    {
-        AllowAll,
-        RefuseVelkor
-    };
-
     ~PrivateSessionBus()
     {
         if (m_daemon.state() == QProcess::NotRunning)
             return;
-        qputenv("DBUS_SESSION_BUS_ADDRESS", m_savedAddress);
+        if (m_savedAddress)
+            qputenv("DBUS_SESSION_BUS_ADDRESS", *m_savedAddress);
+        else
+            qunsetenv("DBUS_SESSION_BUS_ADDRESS");
         m_daemon.terminate();
         m_daemon.waitForFinished(3000);
     }
 
     // False when there is no dbus-daemon to start.
-    bool start(Policy policy = AllowAll)
+    bool start(const char* config = "session-bus.conf")
     {
-        QFile config(m_dir.filePath(QStringLiteral("bus.conf")));
-        if (!config.open(QIODevice::WriteOnly))
-            return false;
-        config.write(
-            "<busconfig><type>session</type><listen>unix:dir=" + m_dir.path().toUtf8() +
-            "</listen><auth>EXTERNAL</auth><policy context=\"default\">"
-            "<allow send_destination=\"*\"/><allow receive_sender=\"*\"/><allow own=\"*\"/>" +
-            (policy == RefuseVelkor ? "<deny own_prefix=\"org.velkor\"/>" : "") +
-            "</policy></busconfig>");
-        config.close();
-        m_daemon.start(
-            QStringLiteral("dbus-daemon"),
-            {"--config-file=" + config.fileName(), "--nofork", "--nopidfile", "--print-address=1"});
+        m_daemon.start(QStringLiteral("dbus-daemon"),
+                       {QStringLiteral("--config-file=" VELKOR_FIXTURES "/dbus/") + config,
+                        "--nofork", "--nopidfile", "--print-address=1"});
         if (!m_daemon.waitForStarted(5000) || !m_daemon.waitForReadyRead(5000))
             return false;
         const QByteArray address = m_daemon.readLine().trimmed();
         if (address.isEmpty())
             return false;
-        m_savedAddress = qgetenv("DBUS_SESSION_BUS_ADDRESS");
+        if (qEnvironmentVariableIsSet("DBUS_SESSION_BUS_ADDRESS"))
+            m_savedAddress = qgetenv("DBUS_SESSION_BUS_ADDRESS");
         qputenv("DBUS_SESSION_BUS_ADDRESS", address);
         return true;
     }
 
 private:
-    QTemporaryDir m_dir;
     QProcess m_daemon;
-    QByteArray m_savedAddress;
+    std::optional<QByteArray> m_savedAddress;
 };
 
 } // namespace
@@ -309,7 +296,7 @@ private slots:
     void aBusThatWillNotTellDoesNotStopVelkor()
     {
         PrivateSessionBus bus;
-        if (!bus.start(PrivateSessionBus::RefuseVelkor))
+        if (!bus.start("session-bus-refusing-velkor.conf"))
             QSKIP("dbus-daemon is not installed");
         VelkorInstance velkor(desktop());
         QVERIFY2(velkor.start(), qPrintable(velkor.log()));

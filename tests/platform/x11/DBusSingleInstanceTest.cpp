@@ -4,8 +4,6 @@
 #include <QDBusConnectionInterface>
 #include <QProcess>
 #include <QRegularExpression>
-#include <QStandardPaths>
-#include <QTemporaryDir>
 #include <QThread>
 #include <QtTest>
 
@@ -22,19 +20,11 @@ class PrivateBus
 public:
     explicit PrivateBus(bool refuseVelkor = false)
     {
-        const QString daemon = QStandardPaths::findExecutable(QStringLiteral("dbus-daemon"));
-        if (daemon.isEmpty())
-            return;
-        QFile config(m_dir.filePath(QStringLiteral("bus.conf")));
-        config.open(QIODevice::WriteOnly);
-        config.write(
-            "<busconfig><type>session</type><listen>unix:dir=" + m_dir.path().toUtf8() +
-            "</listen><auth>EXTERNAL</auth><policy context=\"default\">"
-            "<allow send_destination=\"*\"/><allow receive_sender=\"*\"/><allow own=\"*\"/>" +
-            (refuseVelkor ? "<deny own_prefix=\"org.velkor\"/>" : "") + "</policy></busconfig>");
-        config.close();
-        m_daemon.start(daemon, {"--config-file=" + config.fileName(), "--nofork", "--nopidfile",
-                                "--print-address=1"});
+        const QString config =
+            QStringLiteral(VELKOR_FIXTURES "/dbus/%1")
+                .arg(refuseVelkor ? "session-bus-refusing-velkor.conf" : "session-bus.conf");
+        m_daemon.start(QStringLiteral("dbus-daemon"),
+                       {"--config-file=" + config, "--nofork", "--nopidfile", "--print-address=1"});
         if (m_daemon.waitForStarted(5000) && m_daemon.waitForReadyRead(5000))
             m_address = QString::fromUtf8(m_daemon.readLine().trimmed());
     }
@@ -59,7 +49,6 @@ public:
     }
 
 private:
-    QTemporaryDir m_dir;
     QProcess m_daemon;
     QString m_address;
     QStringList m_connections;
