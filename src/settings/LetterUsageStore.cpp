@@ -11,6 +11,8 @@ namespace velkor {
 
 namespace {
 
+const QString Key = QStringLiteral("letterUsage");
+
 template <typename Map> std::optional<LetterUsage> usageFromMap(const Map& map)
 {
     LetterUsage usage;
@@ -72,8 +74,6 @@ QString letterOfGroupKey(const QString& key)
 }
 
 } // namespace
-
-const QString LetterUsageStore::Key = QStringLiteral("letterUsage");
 
 LetterUsageStore::Layout LetterUsageStore::layoutFor(const QSettings& store)
 {

@@ -28,13 +28,10 @@ public:
         group
     };
 
-    static const QString Key; // "letterUsage"
-
     // The layout the store's own format calls for.
     static Layout layoutFor(const QSettings& store);
 
-    explicit LetterUsageStore(QSettings& store) : LetterUsageStore(store, layoutFor(store)) {}
-    LetterUsageStore(QSettings& store, Layout layout) : m_store(store), m_layout(layout) {}
+    explicit LetterUsageStore(QSettings& store) : m_store(store), m_layout(layoutFor(store)) {}
 
     // What the store holds; empty when it holds nothing that can be taken as
     // letter → list of ids as a whole. Moves an older single value of an INI
