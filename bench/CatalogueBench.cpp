@@ -75,3 +75,33 @@ VELKOR_BENCH(registryRefresh)
     bench::report(QStringLiteral("registry_refresh_300_letters"),
                   double(registry.letterMap().size()));
 }
+
+// What recording the letter's choice costs a switch, with the store written
+// through to disk as the event loop would: nothing to write when the order
+// stays, one file rewrite when it changes.
+VELKOR_BENCH(letterUsageRecord)
+{
+    QTemporaryDir dir;
+    Preferences prefs(std::make_unique<QSettings>(dir.filePath(QStringLiteral("bench.conf")),
+                                                  QSettings::IniFormat));
+    const QString letters = QStringLiteral("abcdefghijklmnopqrstuvwxyzéßж漢");
+    for (const QChar letter : letters)
+        for (int i = 0; i < 20; ++i)
+            prefs.recordLetterUsage(letter,
+                                    QStringLiteral("org.example.%1.app%2").arg(letter).arg(i));
+    prefs.store().sync();
+    const auto perSwitch = [&](auto&& chooseId) {
+        std::vector<double> micros;
+        for (int round = 0; round < 400; ++round)
+            micros.push_back(1e6 * bench::bestOf(1, [&] {
+                                 prefs.recordLetterUsage(QStringLiteral("s"), chooseId(round));
+                                 prefs.store().sync();
+                             }));
+        return median(micros);
+    };
+    bench::report(QStringLiteral("record_letter_same_order_us_median"),
+                  perSwitch([](int) { return QStringLiteral("org.example.s.app19"); }));
+    bench::report(QStringLiteral("record_letter_new_order_us_median"), perSwitch([](int round) {
+                      return QStringLiteral("org.example.s.app%1").arg(round % 2);
+                  }));
+}
