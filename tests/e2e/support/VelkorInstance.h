@@ -37,8 +37,9 @@ public:
     // store it uses.
     std::unique_ptr<Preferences> preferences() const;
 
-    // Starts it and waits for the key monitor's verdict; true once the key
-    // hook is in place.
+    // Starts it and waits for the key monitor's verdict; true once the
+    // activation key is grabbed. The first-start notice has been seen
+    // already, unless the store was told otherwise.
     bool start(int timeoutMs = 10000);
     // SIGTERM and wait; true when it exited on its own with status 0.
     bool stop();
@@ -47,6 +48,8 @@ public:
 
     // Everything it wrote to stdout and stderr so far.
     QString log();
+    // Waits until the log holds text.
+    bool waitForLog(const QString& text, int timeoutMs = 10000);
 
 private:
     XDesktop& m_desktop;
