@@ -46,9 +46,9 @@ AppDelegate::~AppDelegate()
 {
     if (m_watchdog)
         m_platform->clock->cancel(*m_watchdog);
+    m_notice.reset();
     // The coordinator holds the key monitor, which holds the platform's key
     // source: it goes before the platform.
-    m_notice.reset();
     m_statusItem.reset();
     m_windows.reset();
     m_coordinator.reset();
