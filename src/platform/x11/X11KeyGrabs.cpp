@@ -4,6 +4,7 @@
 #include <QLoggingCategory>
 #include <algorithm>
 #include <cstdlib>
+#include <utility>
 
 namespace velkor {
 

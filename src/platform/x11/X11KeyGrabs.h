@@ -44,15 +44,6 @@ public:
     // Lock has no modifier bit).
     static QList<uint16_t> lockVariants(uint16_t modifiers, uint16_t numLockMask);
 
-    // What turns the held grabs into the wanted ones: the grabs to lift and
-    // the grabs to place. Grabs in both lists are left alone.
-    struct Change
-    {
-        QList<X11KeyGrab> lift;
-        QList<X11KeyGrab> place;
-    };
-    static Change changeBetween(const QList<X11KeyGrab>& held, const QList<X11KeyGrab>& wanted);
-
     // Makes the held grabs the wanted ones: lifts those no longer wanted and
     // places the new ones at once. Grabs wanted before keep their state; a
     // new Num Lock bit renews them all.
@@ -70,6 +61,15 @@ public:
     void restore(const QList<X11KeyGrab>& grabs);
 
 private:
+    // What turns the held grabs into the wanted ones: the grabs to lift and
+    // the grabs to place. Grabs in both lists are left alone.
+    struct Change
+    {
+        QList<X11KeyGrab> lift;
+        QList<X11KeyGrab> place;
+    };
+    static Change changeBetween(const QList<X11KeyGrab>& held, const QList<X11KeyGrab>& wanted);
+
     struct Refusal
     {
         int count = 0;

@@ -6,8 +6,8 @@
 
 #include <QGuiApplication>
 #include <QLoggingCategory>
-#include <algorithm>
 #include <cstdlib>
+#include <utility>
 #include <xcb/xcbext.h>
 #include <xcb/xinput.h>
 #include <xcb/xtest.h>

@@ -121,41 +121,6 @@ private slots:
         QCOMPARE(typedSinceStart(), QString());
     }
 
-    void anActivationKeyHeldElsewhereStartsNothingUntilItIsFree()
-    {
-        XGrabber daemon(g_desktop->display());
-        daemon.grabKey(key::SuperR, 0);
-
-        // Installed all the same: the key is taken, and the watchdog's
-        // retries are refused without a line each.
-        X11KeySource source(m_clock);
-        QTest::failOnWarning(QRegularExpression("cannot grab"));
-        QVERIFY(installSwallowingHeldKeys(source));
-        QCOMPARE(source.access(), KeyAccess::activationKeyTaken);
-        QVERIFY(!source.isEnabled());
-        source.recover();
-        QCOMPARE(source.access(), KeyAccess::activationKeyTaken);
-
-        // Pressed now, the key and what is typed under it belong to the
-        // daemon: the press is seen as a modifier only, never as the start
-        // of a session.
-        g_desktop->holding(key::SuperR, [] { g_desktop->tap(key::of('s')); });
-        g_desktop->tap(key::AltR);
-        QTRY_VERIFY(!m_seen.isEmpty() && m_seen.last().flags == 0);
-        for (const Seen& seen : std::as_const(m_seen))
-            QVERIFY2(seen.keyCode == keys::RightOption, qPrintable(describe(m_seen)));
-
-        daemon.ungrabKey(key::SuperR, 0);
-        source.recover();
-        QCOMPARE(source.access(), KeyAccess::active);
-        QVERIFY(source.isEnabled());
-        m_seen.clear();
-        g_desktop->holding(key::SuperR, [] { g_desktop->tap(key::of('s')); });
-        g_desktop->tap(key::of('d'));
-        QTRY_COMPARE(typedSinceStart(), QStringLiteral("d"));
-        QCOMPARE(m_seen.first().keyCode, keys::RightCommand);
-    }
-
     void aRefusedShortcutBacksOffWhileTheActivationKeyWorks()
     {
         // Super+Tab held by the desktop (GNOME does): Velkor works all the
