@@ -150,14 +150,12 @@ QList<X11KeyGrab> X11KeyGrabs::liftKey(xcb_keycode_t keycode)
     return lifted;
 }
 
-void X11KeyGrabs::restore(const QList<X11KeyGrab>& grabs)
+void X11KeyGrabs::restore(const QList<X11KeyGrab>& grabs, double now)
 {
-    for (const X11KeyGrab& grab : grabs) {
-        if (place(grab))
-            m_held.append(grab);
-        else
-            qCWarning(lcGrabs).noquote() << "lost the grab of" << grab.name;
-    }
+    // Another client may have taken a key in the moment it was free; then
+    // it is retried like any refused grab.
+    for (const X11KeyGrab& grab : grabs)
+        tryPlace(grab, now);
 }
 
 bool X11KeyGrabs::place(const X11KeyGrab& grab)

@@ -58,7 +58,7 @@ public:
     // While a key is typed again into the focused window, our own grabs of
     // it must not catch it on its way: lifted here, put back by restore().
     QList<X11KeyGrab> liftKey(xcb_keycode_t keycode);
-    void restore(const QList<X11KeyGrab>& grabs);
+    void restore(const QList<X11KeyGrab>& grabs, double now);
 
 private:
     // What turns the held grabs into the wanted ones: the grabs to lift and

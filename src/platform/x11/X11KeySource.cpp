@@ -464,7 +464,7 @@ void X11KeySource::retype(xcb_keycode_t keycode)
     xcb_test_fake_input(m_connection, XCB_KEY_PRESS, keycode, XCB_CURRENT_TIME, XCB_NONE, 0, 0, 0);
     xcb_test_fake_input(m_connection, XCB_KEY_RELEASE, keycode, XCB_CURRENT_TIME, XCB_NONE, 0, 0,
                         0);
-    m_grabs->restore(lifted);
+    m_grabs->restore(lifted, m_clock.now());
     // Giving the key back ended the activation key's grab; keep the rest of
     // what is typed under the key until it goes up.
     if (m_activationDelivered) {
