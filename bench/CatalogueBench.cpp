@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "AppNames.h"
 #include "Bench.h"
 #include "catalogue/AppRegistry.h"
 #include "catalogue/FuzzyMatcher.h"
@@ -7,52 +8,10 @@
 
 #include <QTemporaryDir>
 #include <algorithm>
-#include <random>
 
 using namespace velkor;
 
 namespace {
-
-// Names shaped like a real catalogue: vendor prefixes, one to three words,
-// camel-case compounds, versions, and a share of accented and non-Latin names.
-QStringList generatedAppNames(int count)
-{
-    const QStringList vendors{"Adobe", "Microsoft", "Google",   "JetBrains", "GNOME", "KDE",
-                              "Apple", "Mozilla",   "Affinity", "Visual",    "Open",  "Libre"};
-    const QStringList words{
-        "Studio",  "Code",     "Photo",   "Sound",    "Vista",   "Editor",   "Terminal", "Mail",
-        "Notes",   "Calendar", "Music",   "Player",   "Viewer",  "Manager",  "Browser",  "Office",
-        "Writer",  "Draw",     "Calc",    "Impress",  "Monitor", "Settings", "Files",    "Disk",
-        "Utility", "Maps",     "Weather", "Clock",    "Timer",   "Camera",   "Scanner",  "Reader",
-        "Chat",    "Video",    "Studio",  "Designer", "Builder", "Console",  "Sync",     "Backup"};
-    const QStringList compounds{"PhotoShop", "LightRoom", "VirtualBox", "FileZilla", "KeePassXC",
-                                "GitKraken", "DaVinci",   "ObsStudio",  "TablePlus", "DBeaver"};
-    const QStringList international{
-        "Café Manager", "Übersicht", "Éditeur de texte", "Añadir Fotos", "Ärzte Kalender",
-        "Журнал",       "メモ帳",    "计算器",           "Bloc-notes",   "Cafe\u0301 Noir"};
-    std::mt19937 random(20261123);
-    const auto pick = [&random](const QStringList& list) {
-        return list.at(qsizetype(random() % quint32(list.size())));
-    };
-    QStringList names;
-    names.reserve(count);
-    for (int i = 0; i < count; ++i) {
-        const quint32 shape = random() % 100;
-        QString name;
-        if (shape < 5)
-            name = pick(international);
-        else if (shape < 20)
-            name = pick(compounds);
-        else if (shape < 60)
-            name = pick(vendors) + ' ' + pick(words);
-        else
-            name = pick(words) + ' ' + pick(words);
-        if (random() % 4 == 0)
-            name += ' ' + QString::number(2015 + random() % 12);
-        names.append(name);
-    }
-    return names;
-}
 
 double median(std::vector<double> values)
 {
@@ -86,7 +45,7 @@ void rankWhileTyping(const QStringList& names, const QString& typed, const QStri
 
 VELKOR_BENCH(fuzzyRank)
 {
-    const QStringList names = generatedAppNames(10000);
+    const QStringList names = bench::generatedAppNames(10000);
     rankWhileTyping(names, QStringLiteral("visual studio"), QStringLiteral("fuzzy_rank_10000"));
     rankWhileTyping(names, QStringLiteral("café"), QStringLiteral("fuzzy_rank_10000_accented"));
 }
@@ -98,7 +57,7 @@ VELKOR_BENCH(registryRefresh)
                                                   QSettings::IniFormat));
     fake::CallLog log;
     fake::FakeWorkspace workspace(log);
-    const QStringList names = generatedAppNames(300);
+    const QStringList names = bench::generatedAppNames(300);
     for (int i = 0; i < names.size(); ++i) {
         const QString id = QStringLiteral("org.example.app%1").arg(i);
         workspace.addApp(1000 + i, names.at(i), id, QStringLiteral("/apps/%1.desktop").arg(id));
@@ -115,4 +74,34 @@ VELKOR_BENCH(registryRefresh)
                   *std::max_element(refreshes.begin(), refreshes.end()));
     bench::report(QStringLiteral("registry_refresh_300_letters"),
                   double(registry.letterMap().size()));
+}
+
+// What recording the letter's choice costs a switch, with the store written
+// through to disk as the event loop would: nothing to write when the order
+// stays, one file rewrite when it changes.
+VELKOR_BENCH(letterUsageRecord)
+{
+    QTemporaryDir dir;
+    Preferences prefs(std::make_unique<QSettings>(dir.filePath(QStringLiteral("bench.conf")),
+                                                  QSettings::IniFormat));
+    const QString letters = QStringLiteral("abcdefghijklmnopqrstuvwxyzéßж漢");
+    for (const QChar letter : letters)
+        for (int i = 0; i < 20; ++i)
+            prefs.recordLetterUsage(letter,
+                                    QStringLiteral("org.example.%1.app%2").arg(letter).arg(i));
+    prefs.store().sync();
+    const auto perSwitch = [&](auto&& chooseId) {
+        std::vector<double> micros;
+        for (int round = 0; round < 400; ++round)
+            micros.push_back(1e6 * bench::bestOf(1, [&] {
+                                 prefs.recordLetterUsage(QStringLiteral("s"), chooseId(round));
+                                 prefs.store().sync();
+                             }));
+        return median(micros);
+    };
+    bench::report(QStringLiteral("record_letter_same_order_us_median"),
+                  perSwitch([](int) { return QStringLiteral("org.example.s.app19"); }));
+    bench::report(QStringLiteral("record_letter_new_order_us_median"), perSwitch([](int round) {
+                      return QStringLiteral("org.example.s.app%1").arg(round % 2);
+                  }));
 }

@@ -8,8 +8,9 @@ packages=(
     # build
     cmake g++ make pkg-config clang-format
     qt6-base-dev qt6-base-dev-tools qt6-qpa-plugins libgl-dev
-    libxcb1-dev libxcb-xtest0-dev libxcb-res0-dev libxcb-ewmh-dev libxcb-icccm4-dev
+    libx11-dev libxcb1-dev libxcb-xtest0-dev libxcb-res0-dev libxcb-ewmh-dev libxcb-icccm4-dev
     libxcb-keysyms1-dev libxcb-xkb-dev libxcb-xinput-dev libxcb-xfixes0-dev
+    libxcb-damage0-dev # velkor-x11-bench sees the overlay's first frame through DAMAGE
     libxkbcommon-dev libxkbcommon-x11-dev libglib2.0-dev
     # run
     fonts-league-spartan dbus-x11 dbus-daemon

@@ -56,8 +56,14 @@ bool AppDelegate::claimSingleInstance()
     SingleInstance* instance = m_platform->singleInstance.get();
     if (!instance)
         return true;
-    if (!instance->claim())
+    switch (instance->claim()) {
+    case SingleInstance::Claim::anotherRuns:
         return false;
+    case SingleInstance::Claim::unchecked:
+        return true; // why has been logged; a start without a bus still works
+    case SingleInstance::Claim::claimed:
+        break;
+    }
     connect(instance, &SingleInstance::showSettingsRequested, this,
             [this] { m_windows->showSettings(); });
     return true;

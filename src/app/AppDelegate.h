@@ -33,6 +33,7 @@ public:
 
     // Becomes the one running Velkor of this session. False when another
     // runs: it has been asked to show its settings and this one should exit.
+    // When there is no telling (no session bus), true: this one runs.
     bool claimSingleInstance();
 
     // Runs once the application object exists: the reopen request and the

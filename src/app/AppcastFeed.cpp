@@ -11,6 +11,18 @@ namespace {
 const QString SparkleNamespace =
     QStringLiteral("http://www.andymatuschak.org/xml-namespaces/sparkle");
 
+// Longer than any version a person would write.
+constexpr qsizetype MaxVersionLength = 64;
+
+// A version is shown to the user and compared in parts: a short line of
+// printable characters, nothing that could reorder or hide the text around it.
+bool isPlausibleVersion(const QString& version)
+{
+    if (version.isEmpty() || version.size() > MaxVersionLength)
+        return false;
+    return std::all_of(version.cbegin(), version.cend(), [](QChar c) { return c.isPrint(); });
+}
+
 // A version split into runs: numbers, letter runs; separators dropped.
 struct VersionPart
 {
@@ -83,7 +95,23 @@ bool readItem(QXmlStreamReader& reader, AppcastRelease& release)
             reader.skipCurrentElement();
         }
     }
-    return !reader.hasError() && !release.comparableVersion().isEmpty();
+    return !reader.hasError() && isPlausibleVersion(release.comparableVersion()) &&
+           (release.version.isEmpty() || isPlausibleVersion(release.version));
+}
+
+// Moves to the document's first element. An appcast has no document type:
+// one would bring entity declarations, which a hostile feed can use to grow
+// a few bytes into a great deal of text.
+bool enterRootElement(QXmlStreamReader& reader)
+{
+    while (!reader.atEnd()) {
+        reader.readNext();
+        if (reader.isDTD())
+            return false;
+        if (reader.isStartElement())
+            return true;
+    }
+    return false;
 }
 
 } // namespace
@@ -91,7 +119,7 @@ bool readItem(QXmlStreamReader& reader, AppcastRelease& release)
 std::optional<QList<AppcastRelease>> AppcastFeed::parse(const QByteArray& xml)
 {
     QXmlStreamReader reader(xml);
-    if (!reader.readNextStartElement() || reader.name() != u"rss")
+    if (!enterRootElement(reader) || reader.name() != u"rss")
         return std::nullopt;
     QList<AppcastRelease> releases;
     bool sawChannel = false;
@@ -173,6 +201,11 @@ UpdateCheckResult UpdateCheckResult::fromFeed(const QByteArray& xml, const QStri
     const bool newer =
         result.release &&
         AppcastFeed::compareVersions(result.release->comparableVersion(), currentVersion) > 0;
+    // The download is offered to the user's browser: only over https.
+    const QUrl download = newer ? result.release->downloadUrl : QUrl();
+    if (!download.isEmpty() && (!download.isValid() || download.scheme() != u"https"))
+        return failure(currentVersion,
+                       QStringLiteral("The update feed offers a download that is not https."));
     result.outcome = newer ? Outcome::updateAvailable : Outcome::upToDate;
     return result;
 }
@@ -196,7 +229,7 @@ QString UpdateCheckResult::title() const
     case Outcome::failed:
         break;
     }
-    return QStringLiteral("Update check failed");
+    return QStringLiteral("Could not check for updates");
 }
 
 QString UpdateCheckResult::message() const

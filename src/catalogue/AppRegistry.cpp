@@ -53,17 +53,22 @@ AppRegistry::AppRegistry(Workspace& workspace, const InstalledAppSource* install
     connect(&workspace, &Workspace::applicationLaunched, this, &AppRegistry::refreshRunning);
     connect(&workspace, &Workspace::applicationTerminated, this, &AppRegistry::refreshRunning);
     connect(&workspace, &Workspace::applicationActivated, this, &AppRegistry::refreshRunning);
-    if (installed)
-        indexInstalledApps(*installed);
+    if (installed) {
+        m_installedSource = installed;
+        installed->watch(this, [this] { indexInstalledApps(); });
+        indexInstalledApps();
+    }
 }
 
 AppRegistry::~AppRegistry()
 {
-    // The scan cannot be interrupted; wait for it so that it never outlives
+    // The scan is asked to stop and waited for, so that it never outlives
     // this registry or the source it reads. A result it already posted is
     // dropped with this object's pending events.
-    if (m_scanThread)
+    if (m_scanThread) {
+        m_scanThread->requestInterruption();
         m_scanThread->wait();
+    }
 }
 
 void AppRegistry::refreshRunning()
@@ -156,9 +161,17 @@ void AppRegistry::rebuildLetterMap()
     emit letterMapChanged();
 }
 
-void AppRegistry::indexInstalledApps(const InstalledAppSource& source)
+void AppRegistry::indexInstalledApps()
 {
-    m_scanThread.reset(QThread::create([this, &source] {
+    // One scan at a time; a change seen during it makes one more.
+    if (m_scanning) {
+        m_scanAgain = true;
+        return;
+    }
+    m_scanning = true;
+    if (m_scanThread)
+        m_scanThread->wait(); // its result came; it has ended or is about to
+    m_scanThread.reset(QThread::create([this, &source = *m_installedSource] {
         QList<AppEntry> entries;
         for (const InstalledApp& app : source.scan())
             entries.append(installedEntry(app));
@@ -197,8 +210,13 @@ void AppRegistry::storeInstalledApps(QList<AppEntry> entries)
         seen.insert(entry.name);
         unique.append(std::move(entry));
     }
-    m_installedApps = std::move(unique);
-    emit installedAppsChanged();
+    m_scanning = false;
+    if (unique != m_installedApps) {
+        m_installedApps = std::move(unique);
+        emit installedAppsChanged();
+    }
+    if (std::exchange(m_scanAgain, false))
+        indexInstalledApps();
 }
 
 } // namespace velkor

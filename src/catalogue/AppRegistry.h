@@ -28,8 +28,8 @@ class AppRegistry : public QObject
     Q_OBJECT
 public:
     // Reads the running apps at once, follows the workspace's notifications
-    // and, when a source is given, starts one scan of the installed apps on a
-    // worker thread.
+    // and, when a source is given, scans the installed apps on a worker
+    // thread: once now, and again whenever the source tells of a change.
     AppRegistry(Workspace& workspace, const InstalledAppSource* installed, Preferences& prefs,
                 QObject* parent = nullptr);
     ~AppRegistry() override;
@@ -53,7 +53,7 @@ signals:
 
 private:
     void rebuildLetterMap();
-    void indexInstalledApps(const InstalledAppSource& source);
+    void indexInstalledApps();
     void storeInstalledApps(QList<AppEntry> entries);
 
     Workspace& m_workspace;
@@ -61,7 +61,10 @@ private:
     QList<AppEntry> m_runningApps;
     LetterMap m_letterMap;
     QList<AppEntry> m_installedApps;
+    const InstalledAppSource* m_installedSource = nullptr;
     std::unique_ptr<QThread> m_scanThread;
+    bool m_scanning = false;
+    bool m_scanAgain = false; // the folders changed during the scan
 
     struct NameKeys
     {

@@ -11,12 +11,19 @@ class SingleInstance : public QObject
 {
     Q_OBJECT
 public:
+    enum class Claim
+    {
+        claimed,     // this process is now the one instance
+        anotherRuns, // another copy runs; it has been asked to show its settings window
+        unchecked    // there was no telling (no session bus, or the bus refused): run alone
+    };
+
     using QObject::QObject;
     ~SingleInstance() override = default;
 
-    // True when this process is now the one instance. False when another
-    // already runs; it has been asked to show its settings window.
-    virtual bool claim() = 0;
+    // Tries to become the one instance. What went wrong when it could not
+    // tell has been written to the log.
+    virtual Claim claim() = 0;
 
 signals:
     // A later start asked this instance to show its settings window.

@@ -19,6 +19,9 @@ namespace velkor {
 namespace {
 
 constexpr int DelayTextWidth = 48;
+// The delay slider moves in the steps Preferences keeps the delay on.
+constexpr int DelayStepsPerSecond = Preferences::OverlayDelayStepsPerSecond;
+constexpr int DelaySteps = int(Preferences::MaxOverlayDelay * DelayStepsPerSecond);
 
 QHBoxLayout* labelledRow(const QString& text, QWidget* control)
 {
@@ -75,7 +78,7 @@ AppearancePane::AppearancePane(Preferences& prefs, QWidget* parent)
     });
     // Whole steps divided once, so 5 steps store exactly 0.25.
     connect(m_delay, &QSlider::valueChanged, this,
-            [this](int steps) { m_prefs.setOverlayDelay(steps / double(DelaySteps)); });
+            [this](int steps) { m_prefs.setOverlayDelay(steps / double(DelayStepsPerSecond)); });
     connect(&m_prefs, &Preferences::changed, this, &AppearancePane::showPreferences);
     showPreferences();
 }
@@ -90,7 +93,7 @@ void AppearancePane::showPreferences()
     const QSignalBlocker b1(m_showOverlay), b2(m_position), b3(m_delay), b4(m_blur), b5(m_theme);
     m_showOverlay->setChecked(m_prefs.overlayEnabled());
     m_position->setCurrentIndex(m_position->findData(rawValue(m_prefs.overlayPosition())));
-    m_delay->setValue(int(std::lround(m_prefs.overlayDelay() * DelaySteps)));
+    m_delay->setValue(int(std::lround(m_prefs.overlayDelay() * DelayStepsPerSecond)));
     m_delayText->setText(delayLabel(m_prefs.overlayDelay()));
     m_blur->setChecked(m_prefs.blurEnabled());
     m_theme->setCurrentIndex(m_theme->findData(rawValue(m_prefs.theme())));

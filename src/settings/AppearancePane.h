@@ -18,9 +18,6 @@ class AppearancePane : public QWidget
 {
     Q_OBJECT
 public:
-    // The delay slider moves in twentieths of a second, from 0 to 1 s.
-    static constexpr int DelaySteps = 20;
-
     explicit AppearancePane(Preferences& prefs, QWidget* parent = nullptr);
 
     QCheckBox& showOverlay() const { return *m_showOverlay; }

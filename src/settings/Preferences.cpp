@@ -2,6 +2,7 @@
 #include "settings/Preferences.h"
 
 #include "settings/ColorHex.h"
+#include "settings/StoredValues.h"
 
 #include <QCoreApplication>
 #include <QDateTime>
@@ -33,125 +34,20 @@ const QString MouseFollowsFocusKey = QStringLiteral("mouseFollowsFocus");
 const QString SpaceModeKey = QStringLiteral("spaceMode");
 const QString SwitchOnReleaseKey = QStringLiteral("switchOnRelease");
 const QString ExcludedBundleIdsKey = QStringLiteral("excludedBundleIds");
-const QString LetterUsageKey = QStringLiteral("letterUsage");
 
 constexpr qsizetype MaxUsagePerLetter = 20;
+constexpr double DefaultOverlayDelay = 0.25;
 
-bool isNumber(const QVariant& value)
+// Each letter's list as recordLetterUsage() keeps it: no id twice, the most
+// recent twenty.
+LetterUsage withinUsageLimits(LetterUsage usage)
 {
-    switch (value.typeId()) {
-    case QMetaType::Double:
-    case QMetaType::Float:
-    case QMetaType::Int:
-    case QMetaType::UInt:
-    case QMetaType::LongLong:
-    case QMetaType::ULongLong:
-        return true;
-    default:
-        return false;
-    }
-}
-
-// The native macOS store keeps real booleans; an INI file keeps the words
-// QSettings wrote. Anything else (a number, "yes", a list) is not a boolean.
-std::optional<bool> readBool(const QVariant& value)
-{
-    if (value.typeId() == QMetaType::Bool)
-        return value.toBool();
-    if (value.typeId() == QMetaType::QString) {
-        const QString text = value.toString();
-        if (text == QLatin1String("true"))
-            return true;
-        if (text == QLatin1String("false"))
-            return false;
-    }
-    return std::nullopt;
-}
-
-// A delay must be a finite, non-negative number of seconds: a NaN or a
-// negative delay would reach the overlay's timer.
-std::optional<double> readDelay(const QVariant& value)
-{
-    double seconds = 0;
-    if (isNumber(value)) {
-        seconds = value.toDouble();
-    } else if (value.typeId() == QMetaType::QString) {
-        bool ok = false;
-        seconds = value.toString().toDouble(&ok);
-        if (!ok)
-            return std::nullopt;
-    } else {
-        return std::nullopt;
-    }
-    if (!std::isfinite(seconds) || seconds < 0)
-        return std::nullopt;
-    return seconds;
-}
-
-// Only a stored string counts; an INI line with an unquoted comma reads as a
-// list, which is not one.
-QString readString(const QVariant& value)
-{
-    return value.typeId() == QMetaType::QString ? value.toString() : QString();
-}
-
-std::optional<QStringList> readStrictStringList(const QVariant& value)
-{
-    if (value.typeId() == QMetaType::QStringList)
-        return value.toStringList();
-    if (value.typeId() != QMetaType::QVariantList)
-        return std::nullopt;
-    QStringList strings;
-    for (const QVariant& element : value.toList()) {
-        if (element.typeId() != QMetaType::QString)
-            return std::nullopt;
-        strings.append(element.toString());
-    }
-    return strings;
-}
-
-// QSettings' INI format writes an empty list as "@Invalid()" and a list of
-// one as a bare string, so both read back as something other than a list.
-// An empty bare string is taken as no list: an empty id names no app.
-QStringList readTopLevelStringList(const QVariant& value)
-{
-    if (!value.isValid())
-        return {};
-    if (value.typeId() == QMetaType::QString) {
-        const QString single = value.toString();
-        return single.isEmpty() ? QStringList() : QStringList{single};
-    }
-    return readStrictStringList(value).value_or(QStringList());
-}
-
-template <typename Map> std::optional<LetterUsage> usageFromMap(const Map& map)
-{
-    LetterUsage usage;
-    for (auto it = map.cbegin(); it != map.cend(); ++it) {
-        const auto ids = readStrictStringList(it.value());
-        if (!ids)
-            return std::nullopt;
-        usage.insert(it.key(), *ids);
+    for (QStringList& ids : usage) {
+        ids.removeDuplicates();
+        if (ids.size() > MaxUsagePerLetter)
+            ids.resize(MaxUsagePerLetter);
     }
     return usage;
-}
-
-LetterUsage readLetterUsage(const QVariant& value)
-{
-    std::optional<LetterUsage> usage;
-    if (value.typeId() == QMetaType::QVariantMap)
-        usage = usageFromMap(value.toMap());
-    else if (value.typeId() == QMetaType::QVariantHash)
-        usage = usageFromMap(value.toHash());
-    return usage.value_or(LetterUsage());
-}
-
-QVariantMap toVariantMap(const LetterUsage& usage)
-{
-    QVariantMap map;
-    for (auto it = usage.cbegin(); it != usage.cend(); ++it)
-        map.insert(it.key(), QVariant(it.value()));
-    return map;
 }
 
 // UTF-8 byte order is code-point order; QString's own operator< compares
@@ -205,7 +101,7 @@ QList<std::pair<QString, QVariant>> Preferences::registeredDefaults()
 {
     return {
         {OverlayEnabledKey, true},
-        {OverlayDelayKey, 0.25},
+        {OverlayDelayKey, DefaultOverlayDelay},
         {OverlayPositionKey, rawValue(OverlayPosition::bottomRight)},
         {BlurKey, true},
         {AccentHexKey, QString::fromLatin1(DefaultAccentHex)},
@@ -245,35 +141,47 @@ bool Preferences::setAsideDamagedStore()
     return true;
 }
 
+double Preferences::overlayDelayWithinRange(double seconds)
+{
+    if (!std::isfinite(seconds))
+        return DefaultOverlayDelay;
+    const double clamped = std::clamp(seconds, 0.0, MaxOverlayDelay);
+    // + 0.0 turns a -0 into 0.
+    return std::round(clamped * OverlayDelayStepsPerSecond) / OverlayDelayStepsPerSecond + 0.0;
+}
+
 void Preferences::load()
 {
     // The registered defaults apply wherever the store holds nothing usable.
     QSettings& s = *m_store;
     const auto flag = [&s](const QString& key, bool fallback) {
-        return readBool(s.value(key)).value_or(fallback);
+        return storedBool(s.value(key)).value_or(fallback);
+    };
+    const auto text = [&s](const QString& key) {
+        return storedString(s.value(key)).value_or(QString());
     };
     m_overlayEnabled = flag(OverlayEnabledKey, true);
-    m_overlayDelay = readDelay(s.value(OverlayDelayKey)).value_or(0.25);
-    m_overlayPosition = overlayPositionFromRaw(readString(s.value(OverlayPositionKey)))
-                            .value_or(OverlayPosition::bottomRight);
+    // A delay of days would overflow the overlay's timer; a negative one
+    // means no wait.
+    const std::optional<double> delay = storedNumber(s.value(OverlayDelayKey));
+    m_overlayDelay = delay ? overlayDelayWithinRange(*delay) : DefaultOverlayDelay;
+    m_overlayPosition =
+        overlayPositionFromRaw(text(OverlayPositionKey)).value_or(OverlayPosition::bottomRight);
     m_blurEnabled = flag(BlurKey, true);
-    const QVariant accent = s.value(AccentHexKey);
-    m_accentHex = accent.typeId() == QMetaType::QString ? accent.toString()
-                                                        : QString::fromLatin1(DefaultAccentHex);
-    m_theme = appThemeFromRaw(readString(s.value(ThemeKey))).value_or(AppTheme::system);
+    m_accentHex =
+        storedString(s.value(AccentHexKey)).value_or(QString::fromLatin1(DefaultAccentHex));
+    m_theme = appThemeFromRaw(text(ThemeKey)).value_or(AppTheme::system);
     m_launchAtLogin = flag(LaunchAtLoginKey, false);
     m_searchIncludesApps = flag(SearchIncludesAppsKey, true);
-    m_modifierKey =
-        modifierKeyFromRaw(readString(s.value(ModifierKeyKey))).value_or(ModifierKey::rightCommand);
+    m_modifierKey = modifierKeyFromRaw(text(ModifierKeyKey)).value_or(ModifierKey::rightCommand);
     m_letterLaunchesApps = flag(LetterLaunchesAppsKey, true);
     m_cmdBacktickCycle = flag(CmdBacktickCycleKey, true);
     m_replaceCommandTab = flag(ReplaceCommandTabKey, false);
     m_mouseFollowsFocus = flag(MouseFollowsFocusKey, false);
-    m_spaceMode =
-        spaceModeFromRaw(readString(s.value(SpaceModeKey))).value_or(SpaceMode::followApp);
+    m_spaceMode = spaceModeFromRaw(text(SpaceModeKey)).value_or(SpaceMode::followApp);
     m_switchOnRelease = flag(SwitchOnReleaseKey, false);
-    m_excludedBundleIds = readTopLevelStringList(s.value(ExcludedBundleIdsKey));
-    m_letterUsage = readLetterUsage(s.value(LetterUsageKey));
+    m_excludedBundleIds = storedStringList(s.value(ExcludedBundleIdsKey)).value_or(QStringList());
+    m_letterUsage = withinUsageLimits(LetterUsageStore(s).read());
 }
 
 template <typename T>
@@ -283,7 +191,8 @@ void Preferences::assign(T& field, const T& value, void (Preferences::*notify)()
     field = value;
     (this->*notify)();
     emit changed();
-    m_store->setValue(key, stored);
+    if (!storeHolds(*m_store, key, stored))
+        m_store->setValue(key, stored);
 }
 
 void Preferences::setOverlayEnabled(bool value)
@@ -293,7 +202,8 @@ void Preferences::setOverlayEnabled(bool value)
 
 void Preferences::setOverlayDelay(double seconds)
 {
-    assign(m_overlayDelay, seconds, &Preferences::overlayDelayChanged, OverlayDelayKey, seconds);
+    const double delay = overlayDelayWithinRange(seconds);
+    assign(m_overlayDelay, delay, &Preferences::overlayDelayChanged, OverlayDelayKey, delay);
 }
 
 void Preferences::setOverlayPosition(OverlayPosition value)
@@ -376,8 +286,10 @@ void Preferences::setExcludedBundleIds(const QStringList& value)
 
 void Preferences::setLetterUsage(const LetterUsage& value)
 {
-    assign(m_letterUsage, value, &Preferences::letterUsageChanged, LetterUsageKey,
-           QVariant(toVariantMap(value)));
+    m_letterUsage = value;
+    emit letterUsageChanged();
+    emit changed();
+    LetterUsageStore(*m_store).write(value);
 }
 
 void Preferences::setExcluded(bool excluded, const QString& bundleId)
@@ -394,7 +306,7 @@ void Preferences::setExcluded(bool excluded, const QString& bundleId)
 
 void Preferences::recordLetterUsage(const QString& letter, const std::optional<QString>& bundleId)
 {
-    if (!bundleId)
+    if (!bundleId || letter.isEmpty())
         return;
     // Composed, like the letter map's keys, so that é typed as e + U+0301
     // and é typed as one character share one history.

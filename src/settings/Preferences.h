@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "settings/LetterUsageStore.h"
 #include "settings/SettingsEnums.h"
 
-#include <QMap>
 #include <QObject>
 #include <QSettings>
 #include <QStringList>
@@ -13,12 +13,13 @@
 
 namespace velkor {
 
-// Letter key → bundle ids chosen with it, most recent first, at most 20.
-using LetterUsage = QMap<QString, QStringList>;
-
-// The persisted settings. Every property is loaded once at construction
-// (bad stored values fall back to their defaults and never reach the rest of
-// the program) and written back on every assignment.
+// The persisted settings. Every property is loaded once at construction: bad
+// stored values fall back to their defaults and values out of range are
+// brought within what the settings window can set, in memory only (the store
+// keeps what it holds until the setting is next assigned). An assignment
+// writes the value unless the store holds it already, so that assigning an
+// unchanged value, as every switch does with the learnt letter order, leaves
+// the file alone.
 class Preferences : public QObject
 {
     Q_OBJECT
@@ -41,6 +42,12 @@ public:
     // in declaration order. The two lists default to empty in code.
     static QList<std::pair<QString, QVariant>> registeredDefaults();
 
+    // The overlay delay the settings window offers: 0 to 1 s in steps of 0.05 s.
+    static constexpr double MaxOverlayDelay = 1.0;
+    static constexpr int OverlayDelayStepsPerSecond = 20;
+    // A delay within that range, on its grid; not a number gives the default.
+    static double overlayDelayWithinRange(double seconds);
+
     bool overlayEnabled() const { return m_overlayEnabled; }
     double overlayDelay() const { return m_overlayDelay; }
     OverlayPosition overlayPosition() const { return m_overlayPosition; }
@@ -59,7 +66,8 @@ public:
     QStringList excludedBundleIds() const { return m_excludedBundleIds; }
     LetterUsage letterUsage() const { return m_letterUsage; }
 
-    // Each setter notifies, then writes to the store, even when unchanged.
+    // Each setter notifies, even when the value is unchanged, then writes to
+    // the store unless it holds the value already.
     void setOverlayEnabled(bool value);
     void setOverlayDelay(double seconds);
     void setOverlayPosition(OverlayPosition value);

@@ -91,6 +91,20 @@ void AppcastFeedTest::rejectsWhatIsNotAnAppcast()
     QVERIFY(!AppcastFeed::parse("<rss><channel><item><title>x</title></item></channel></rss>"));
     // Truncated in transit.
     QVERIFY(!AppcastFeed::parse(fixture("newer.xml").left(600)));
+
+    // A document type would bring entity declarations; an appcast has none,
+    // even a harmless one.
+    const QByteArray item = "<rss xmlns:sparkle=\"http://www.andymatuschak.org/xml-namespaces/"
+                            "sparkle\"><channel><item><sparkle:shortVersionString>%1"
+                            "</sparkle:shortVersionString></item></channel></rss>";
+    QVERIFY(AppcastFeed::parse(QByteArray(item).replace("%1", "1.0")));
+    QVERIFY(!AppcastFeed::parse("<!DOCTYPE rss [<!ENTITY v \"1.0\">]>" +
+                                QByteArray(item).replace("%1", "&v;")));
+    QVERIFY(!AppcastFeed::parse(fixture("entities.xml")));
+    // A version is a short line of visible text.
+    QVERIFY(!AppcastFeed::parse(QByteArray(item).replace("%1", QByteArray(65, '9'))));
+    QVERIFY(!AppcastFeed::parse(QByteArray(item).replace("%1", "1.0&#x202E;")));
+    QVERIFY(!AppcastFeed::parse(QByteArray(item).replace("%1", "1.0&#10;2.0")));
 }
 
 void AppcastFeedTest::judgesTheFeedAgainstThisBuild()
@@ -110,6 +124,14 @@ void AppcastFeedTest::judgesTheFeedAgainstThisBuild()
     // This build newer than the feed (a developer build): up to date too.
     result = UpdateCheckResult::fromFeed(fixture("newer.xml"), "1.0.0", "linux");
     QCOMPARE(result.outcome, Outcome::upToDate);
+
+    // A download offered over plain http is not offered at all.
+    result = UpdateCheckResult::fromFeed(fixture("http-download.xml"), "0.1.0", "linux");
+    QCOMPARE(result.outcome, Outcome::failed);
+    QCOMPARE(result.title(), QStringLiteral("Could not check for updates"));
+    QCOMPARE(result.message(),
+             QStringLiteral("The update feed offers a download that is not https."));
+    QVERIFY(!result.release);
 }
 
 QTEST_GUILESS_MAIN(AppcastFeedTest)

@@ -4,10 +4,15 @@
 #include "fakes/FakePlatform.h"
 #include "settings/Preferences.h"
 
+#include <QDeadlineTimer>
+#include <QMutex>
+#include <QPointer>
+#include <QSemaphore>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QThread>
+#include <atomic>
 
 using namespace velkor;
 using velkor::fake::FakeInstalledAppSource;
@@ -23,15 +28,73 @@ QStringList namesOf(const QList<AppEntry>& entries)
     return names;
 }
 
-// A scan that takes a while, to destroy the registry while it runs.
-class SlowInstalledAppSource final : public InstalledAppSource
+InstalledApp installed(const char* name)
+{
+    return {QStringLiteral("/apps/%1.app").arg(QLatin1String(name)), QString::fromLatin1(name),
+            std::nullopt};
+}
+
+// Folders whose contents change while the registry runs. A scan reads them,
+// then waits for the test to let it finish.
+class ChangingInstalledAppSource final : public InstalledAppSource
 {
 public:
     QList<InstalledApp> scan() const override
     {
-        QThread::msleep(150);
-        return {{QStringLiteral("/apps/Late.app"), QStringLiteral("Late"), std::nullopt}};
+        QList<InstalledApp> found;
+        {
+            QMutexLocker lock(&m_mutex);
+            found = m_apps;
+        }
+        ++scans;
+        finish.acquire();
+        return found;
     }
+    void watch(QObject* context, std::function<void()> onChange) const override
+    {
+        m_watchers.append({context, std::move(onChange)});
+    }
+
+    void setApps(const QList<InstalledApp>& apps)
+    {
+        QMutexLocker lock(&m_mutex);
+        m_apps = apps;
+    }
+    // The folders tell of a change.
+    void change()
+    {
+        for (const auto& [context, onChange] : std::as_const(m_watchers))
+            if (context)
+                onChange();
+    }
+
+    mutable QSemaphore finish;
+    mutable std::atomic<int> scans = 0;
+
+private:
+    mutable QMutex m_mutex;
+    QList<InstalledApp> m_apps;
+    mutable QList<std::pair<QPointer<QObject>, std::function<void()>>> m_watchers;
+};
+
+// A scan that never ends unless it is asked to stop.
+class EndlessInstalledAppSource final : public InstalledAppSource
+{
+public:
+    QList<InstalledApp> scan() const override
+    {
+        started.release();
+        // Bounded only so that a registry that never asks does not hang the
+        // suite; the test fails then.
+        QDeadlineTimer safety(30000);
+        while (!QThread::currentThread()->isInterruptionRequested() && !safety.hasExpired())
+            QThread::msleep(1);
+        stopped = QThread::currentThread()->isInterruptionRequested();
+        return {installed("Late")};
+    }
+
+    mutable QSemaphore started;
+    mutable std::atomic<bool> stopped = false;
 };
 
 } // namespace
@@ -233,12 +296,37 @@ private slots:
         QCOMPARE(apps.at(1).pid, std::nullopt);
     }
 
+    void installedAppsAreScannedAgainWhenTheFoldersChange()
+    {
+        ChangingInstalledAppSource source;
+        source.setApps({installed("Atlas")});
+        source.finish.release();
+        AppRegistry registry(*m_workspace, &source, *m_prefs);
+        QSignalSpy stored(&registry, &AppRegistry::installedAppsChanged);
+        QVERIFY(stored.wait(5000));
+        QCOMPARE(namesOf(registry.installedApps()), QStringList{"Atlas"});
+
+        // An app installed later is seen, one that went is gone.
+        source.setApps({installed("Boreal")});
+        source.change();
+        QTRY_COMPARE(source.scans.load(), 2); // and waits to finish
+        // Changes during that scan are seen by one more scan after it.
+        source.setApps({installed("Boreal"), installed("Cirrus")});
+        source.change();
+        source.change();
+        source.finish.release(10);
+        QTRY_COMPARE(namesOf(registry.installedApps()), (QStringList{"Boreal", "Cirrus"}));
+        QCOMPARE(source.scans.load(), 3);
+    }
+
     void destroyingTheRegistryDuringOrAfterAScanIsSafe()
     {
-        SlowInstalledAppSource slow;
+        EndlessInstalledAppSource endless;
         {
-            AppRegistry registry(*m_workspace, &slow, *m_prefs);
-        } // destroyed while the scan sleeps
+            AppRegistry registry(*m_workspace, &endless, *m_prefs);
+            endless.started.acquire();
+        } // destroyed during the scan, which is asked to stop
+        QVERIFY(endless.stopped);
 
         // A result already posted but not yet delivered is dropped with the
         // registry; nothing arrives afterwards.

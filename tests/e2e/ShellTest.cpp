@@ -150,6 +150,45 @@ void click(XDesktop& desktop, QPoint where, uint8_t button)
     xcb_flush(c);
 }
 
+// A session bus of the test's own for the programs it starts, optionally one
+// that gives no name under org.velkor to anyone.
+class PrivateSessionBus
+{
+public:
+    ~PrivateSessionBus()
+    {
+        if (m_daemon.state() == QProcess::NotRunning)
+            return;
+        if (m_savedAddress)
+            qputenv("DBUS_SESSION_BUS_ADDRESS", *m_savedAddress);
+        else
+            qunsetenv("DBUS_SESSION_BUS_ADDRESS");
+        m_daemon.terminate();
+        m_daemon.waitForFinished(3000);
+    }
+
+    // False when there is no dbus-daemon to start.
+    bool start(const char* config = "session-bus.conf")
+    {
+        m_daemon.start(QStringLiteral("dbus-daemon"),
+                       {QStringLiteral("--config-file=" VELKOR_FIXTURES "/dbus/") + config,
+                        "--nofork", "--nopidfile", "--print-address=1"});
+        if (!m_daemon.waitForStarted(5000) || !m_daemon.waitForReadyRead(5000))
+            return false;
+        const QByteArray address = m_daemon.readLine().trimmed();
+        if (address.isEmpty())
+            return false;
+        if (qEnvironmentVariableIsSet("DBUS_SESSION_BUS_ADDRESS"))
+            m_savedAddress = qgetenv("DBUS_SESSION_BUS_ADDRESS");
+        qputenv("DBUS_SESSION_BUS_ADDRESS", address);
+        return true;
+    }
+
+private:
+    QProcess m_daemon;
+    std::optional<QByteArray> m_savedAddress;
+};
+
 } // namespace
 
 // The faces of Velkor on a real X desktop: the overlay panel, the tray item
@@ -365,29 +404,21 @@ private slots:
 
     void secondStartShowsTheSettingsWindow()
     {
-        // A session bus of the test's own.
-        QProcess bus;
-        bus.start(QStringLiteral("dbus-daemon"),
-                  {"--session", "--nofork", "--nopidfile", "--print-address=1"});
-        if (!bus.waitForStarted(5000))
+        PrivateSessionBus bus;
+        if (!bus.start())
             QSKIP("dbus-daemon is not installed");
-        QVERIFY(bus.waitForReadyRead(5000));
-        const QByteArray address = bus.readLine().trimmed();
-        QVERIFY(!address.isEmpty());
-        const QByteArray saved = qgetenv("DBUS_SESSION_BUS_ADDRESS");
-        qputenv("DBUS_SESSION_BUS_ADDRESS", address);
-        auto restore = qScopeGuard([&] {
-            qputenv("DBUS_SESSION_BUS_ADDRESS", saved);
-            bus.terminate();
-            bus.waitForFinished(3000);
-        });
 
         VelkorInstance velkor(desktop());
         QVERIFY2(velkor.start(), qPrintable(velkor.log()));
         QVERIFY(shownWindowsNamed(desktop(), "Velkor Settings").isEmpty());
 
+        // The same X display, spelt another way.
+        QProcessEnvironment environment = velkor.environment();
+        const QString display = environment.value(QStringLiteral("DISPLAY"));
+        QVERIFY(display.startsWith(QLatin1Char(':')));
+        environment.insert(QStringLiteral("DISPLAY"), QStringLiteral("unix") + display + ".0");
         QProcess second;
-        second.setProcessEnvironment(velkor.environment());
+        second.setProcessEnvironment(environment);
         second.setProcessChannelMode(QProcess::MergedChannels);
         second.start(VelkorInstance::binary(), {});
         QVERIFY(second.waitForFinished(10000));
@@ -400,6 +431,19 @@ private slots:
                 [&] { return !shownWindowsNamed(desktop(), "Velkor Settings").isEmpty(); }, 5000),
             qPrintable(velkor.log()));
         QVERIFY(velkor.isRunning());
+        QVERIFY2(velkor.stop(), qPrintable(velkor.log()));
+    }
+
+    void aBusThatWillNotTellDoesNotStopVelkor()
+    {
+        PrivateSessionBus bus;
+        if (!bus.start("session-bus-refusing-velkor.conf"))
+            QSKIP("dbus-daemon is not installed");
+        VelkorInstance velkor(desktop());
+        QVERIFY2(velkor.start(), qPrintable(velkor.log()));
+        QVERIFY(velkor.isRunning());
+        QVERIFY2(velkor.log().contains(QStringLiteral("session bus refused the name")),
+                 qPrintable(velkor.log()));
         QVERIFY2(velkor.stop(), qPrintable(velkor.log()));
     }
 };

@@ -6,14 +6,17 @@
 #include "platform/x11/X11WindowCache.h"
 #include "platform/x11/X11WindowSystem.h"
 #include "platform/x11/X11Workspace.h"
+#include "platform/x11/XdgDesktopEntryIndex.h"
 
 #include <QDir>
 #include <QFile>
 #include <QGuiApplication>
+#include <QScopeGuard>
 #include <QSignalSpy>
 #include <QWindow>
 #include <QtTest>
 #include <memory>
+#include <sys/stat.h>
 
 using namespace velkor;
 using namespace velkor::e2e;
@@ -67,7 +70,8 @@ private slots:
     {
         m_cache = std::make_shared<X11WindowCache>(X11Connection::fromQt());
         m_workspace =
-            std::make_unique<X11Workspace>(m_cache, Pid(QCoreApplication::applicationPid()));
+            std::make_unique<X11Workspace>(m_cache, std::make_shared<XdgDesktopEntryIndex>(),
+                                           Pid(QCoreApplication::applicationPid()));
         m_windows = std::make_unique<X11WindowSystem>(m_cache);
         m_spaces = std::make_unique<X11SpaceSystem>(m_cache);
     }
@@ -283,6 +287,18 @@ private slots:
         QVERIFY(!shell.iconForFile(entry).isNull());
         QVERIFY(
             shell.iconForFile(desktop().scratchPath() + QLatin1String("/none.desktop")).isNull());
+        // A FIFO as the entry, or as its icon, is no icon, and is not waited on.
+        const QByteArray fifo = (desktop().scratchPath() + QLatin1String("/fifo")).toLocal8Bit();
+        QCOMPARE(::mkfifo(fifo.constData(), 0600), 0);
+        QVERIFY(QFile::link(QString::fromLocal8Bit(fifo),
+                            desktop().scratchPath() + QLatin1String("/fifo.desktop")));
+        QVERIFY(
+            shell.iconForFile(desktop().scratchPath() + QLatin1String("/fifo.desktop")).isNull());
+        QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        file.write("[Desktop Entry]\nType=Application\nName=Iconic\nExec=true\nIcon=" + fifo +
+                   "\n");
+        file.close();
+        QVERIFY(shell.iconForFile(entry).isNull());
     }
 
     void appsWithoutAnEntryShowTheirWindowsIcon()
@@ -308,6 +324,129 @@ private slots:
         // This process owns no managed window.
         QVERIFY(shell.iconForProcess(Pid(QCoreApplication::applicationPid())).isNull());
         QVERIFY(X11ShellIntegration(X11Connection::fromQt(), nullptr).iconForProcess(pid).isNull());
+    }
+
+    void propertiesAnyClientCanWriteAreReadWithCare()
+    {
+        // A client of the test's own writes what careless and hostile
+        // clients write, on its windows and on the root.
+        xcb_connection_t* c = desktop().connection();
+        const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(c)).data->root;
+        const auto atom = [c](const char* name) {
+            auto r = reply(xcb_intern_atom_reply(
+                c, xcb_intern_atom(c, 0, uint16_t(qstrlen(name)), name), nullptr));
+            return r ? r->atom : xcb_atom_t(XCB_ATOM_NONE);
+        };
+        const xcb_atom_t utf8 = atom("UTF8_STRING");
+        const auto set = [c](xcb_window_t w, xcb_atom_t property, xcb_atom_t type, uint8_t format,
+                             const void* data, uint32_t count) {
+            xcb_change_property(c, XCB_PROP_MODE_REPLACE, w, property, type, format, count, data);
+        };
+        const auto setText = [&](xcb_window_t w, xcb_atom_t property, xcb_atom_t type,
+                                 const QByteArray& text) {
+            set(w, property, type, 8, text.constData(), uint32_t(text.size()));
+        };
+        const auto setCardinals = [&](xcb_window_t w, const char* property, xcb_atom_t type,
+                                      const QList<quint32>& values) {
+            set(w, atom(property), type, 32, values.constData(), uint32_t(values.size()));
+        };
+        const auto makeWindow = [&](const char* cls) {
+            const xcb_window_t w = xcb_generate_id(c);
+            xcb_create_window(c, XCB_COPY_FROM_PARENT, w, root, 0, 0, 200, 100, 0,
+                              XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, 0, nullptr);
+            setText(w, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, QByteArray(cls) + '\0' + cls + '\0');
+            return w;
+        };
+
+        // Titles: _NET_WM_NAME of the wrong type, or not UTF-8, gives way to
+        // WM_NAME; WM_NAME in COMPOUND_TEXT (Latin-1 and JIS X 0208 here) is
+        // decoded; a title cut at the read limit inside a character keeps
+        // the characters before it.
+        const xcb_window_t wrongType = makeWindow("Careless");
+        setText(wrongType, atom("_NET_WM_NAME"), XCB_ATOM_STRING, "Latin-1 here");
+        setText(wrongType, XCB_ATOM_WM_NAME, XCB_ATOM_STRING, "Plain");
+        setCardinals(wrongType, "_NET_WM_PID", XCB_ATOM_CARDINAL, {0xFFFFFFFF});
+        setText(wrongType, atom("_GTK_APPLICATION_ID"), XCB_ATOM_STRING, "org.example.Alpha");
+        const xcb_window_t notUtf8 = makeWindow("Careless");
+        setText(notUtf8, atom("_NET_WM_NAME"), utf8, "\xff\xfe not text");
+        setText(notUtf8, XCB_ATOM_WM_NAME, XCB_ATOM_STRING, "Fallback");
+        const xcb_window_t compound = makeWindow("Careless");
+        setText(compound, XCB_ATOM_WM_NAME, atom("COMPOUND_TEXT"),
+                QByteArray("A\xe9\x1b$(BF|K\\\x1b(Bz"));
+        const xcb_window_t cut = makeWindow("Careless");
+        setText(cut, atom("_NET_WM_NAME"), utf8, "a" + QString(3000, QChar(0xE9)).toUtf8());
+        const QList<xcb_window_t> windows{wrongType, notUtf8, compound, cut};
+        for (xcb_window_t w : windows)
+            xcb_map_window(c, w);
+        xcb_flush(c);
+        auto destroy = qScopeGuard([&] {
+            for (xcb_window_t w : windows)
+                xcb_destroy_window(c, w);
+            xcb_flush(c);
+        });
+        const Pid pid = Pid(QCoreApplication::applicationPid());
+        QVERIFY(eventually([&] {
+            return std::all_of(windows.cbegin(), windows.cend(),
+                               [&](xcb_window_t w) { return m_cache->client(w); });
+        }));
+        const auto titleOf = [&](xcb_window_t w) -> std::optional<QString> {
+            const QList<RawWindow> listed = m_windows->windowsOf(pid).value_or(QList<RawWindow>{});
+            for (const RawWindow& raw : listed)
+                if (X11WindowSystem::idOf(raw.element) == w)
+                    return raw.title.value_or(QStringLiteral("(none)"));
+            return std::nullopt;
+        };
+        QCOMPARE(titleOf(wrongType), std::optional<QString>(QStringLiteral("Plain")));
+        QCOMPARE(titleOf(notUtf8), std::optional<QString>(QStringLiteral("Fallback")));
+        QCOMPARE(titleOf(compound), std::optional<QString>(QStringLiteral("Aé日本z")));
+        QCOMPARE(titleOf(cut),
+                 std::optional<QString>(QLatin1Char('a') + QString(2047, QChar(0xE9))));
+        // A pid that is no pid gives way to the server's knowledge; a desktop
+        // past any real one and an id of the wrong type are no values.
+        const X11Client* careless = m_cache->client(wrongType);
+        QCOMPARE(careless->pid, pid);
+        QCOMPARE(careless->gtkApplicationId, std::nullopt);
+        QCOMPARE(careless->desktop, std::optional<quint32>(0)); // as openbox wrote it
+        setCardinals(wrongType, "_NET_WM_DESKTOP", XCB_ATOM_CARDINAL, {0xFFFFFFFE});
+        xcb_flush(c);
+        QVERIFY(eventually([&] { return !m_cache->client(wrongType)->desktop; }));
+
+        // Frame extents that no decoration has are not believed.
+        setCardinals(wrongType, "_NET_FRAME_EXTENTS", XCB_ATOM_CARDINAL,
+                     {0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFF});
+        std::free(xcb_get_input_focus_reply(c, xcb_get_input_focus(c), nullptr)); // written
+        const auto frame = m_windows->frameOf(std::make_shared<X11WindowElement>(wrongType));
+        QVERIFY(frame);
+        QCOMPARE(frame->size(), QSizeF(200, 100));
+
+        // On the root: a desktop count of 2^32 - 1 is bounded before
+        // anything is made of it, and a client list naming the root, a
+        // window twice and no window at all names one client.
+        xcb_connection_t* ours = X11Connection::fromQt()->get();
+        const auto rootMask = [&] {
+            auto a = reply(xcb_get_window_attributes_reply(
+                ours, xcb_get_window_attributes(ours, root), nullptr));
+            return a ? a->your_event_mask : 0u;
+        };
+        const uint32_t maskBefore = rootMask();
+        const QList<xcb_window_t> managed = desktop().clients();
+        setCardinals(root, "_NET_NUMBER_OF_DESKTOPS", XCB_ATOM_CARDINAL, {0xFFFFFFFF});
+        setCardinals(root, "_NET_CLIENT_LIST", XCB_ATOM_WINDOW,
+                     {root, wrongType, wrongType, 0x7FFFFFF0});
+        xcb_flush(c);
+        QVERIFY(eventually([&] {
+            const auto clients = m_cache->inClientOrder();
+            return clients.size() == 1 && clients.first()->id == wrongType;
+        }));
+        QVERIFY(eventually([&] { return m_cache->desktopCount() == X11Client::MaxDesktops; }));
+        QCOMPARE(m_spaces->mainDisplaySpaces()->spaceIds.size(), qsizetype(X11Client::MaxDesktops));
+        QCOMPARE(rootMask(), maskBefore);
+
+        // As openbox left them, for the tests after this one.
+        setCardinals(root, "_NET_NUMBER_OF_DESKTOPS", XCB_ATOM_CARDINAL, {4});
+        setCardinals(root, "_NET_CLIENT_LIST", XCB_ATOM_WINDOW, managed);
+        xcb_flush(c);
+        QVERIFY(eventually([&] { return m_cache->desktopCount() == 4u; }));
     }
 
     void windowsThatRefuseFocusAreRaisedNotWaitedFor()

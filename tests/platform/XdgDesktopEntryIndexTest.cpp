@@ -2,12 +2,19 @@
 #include "platform/x11/XdgDesktopEntryIndex.h"
 
 #include "platform/x11/GioInstalledAppSource.h"
+#include "platform/x11/XdgDesktopFiles.h"
 
 #include <QDir>
 #include <QFile>
+#include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QtTest>
+#include <future>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
 #include <thread>
+#include <unistd.h>
 
 using namespace velkor;
 using namespace velkor::x11;
@@ -18,10 +25,13 @@ class XdgDesktopEntryIndexTest : public QObject
 {
     Q_OBJECT
 
-    QTemporaryDir m_root;
-
-    QString home() const { return m_root.path() + QLatin1String("/home/applications"); }
-    QString system() const { return m_root.path() + QLatin1String("/system/applications"); }
+    QTemporaryDir m_tmp;
+    // Deeper than a link to "/" inside the folders is followed.
+    QString base() const { return m_tmp.path() + QLatin1String("/deep/er"); }
+    QString home() const { return base() + QLatin1String("/home/applications"); }
+    QString system() const { return base() + QLatin1String("/system/applications"); }
+    std::shared_ptr<XdgDesktopEntryIndex> m_index = std::make_shared<XdgDesktopEntryIndex>();
+    int m_socket = -1;
 
     static void writeRaw(const QString& path, const QByteArray& contents)
     {
@@ -39,9 +49,11 @@ class XdgDesktopEntryIndexTest : public QObject
 private slots:
     void initTestCase()
     {
-        QVERIFY(m_root.isValid());
-        qputenv("XDG_DATA_HOME", (m_root.path() + QLatin1String("/home")).toUtf8());
-        qputenv("XDG_DATA_DIRS", (m_root.path() + QLatin1String("/system")).toUtf8());
+        QVERIFY(m_tmp.isValid());
+        qputenv("XDG_DATA_HOME", (base() + QLatin1String("/home")).toUtf8());
+        // "later" has no applications folder yet.
+        qputenv("XDG_DATA_DIRS",
+                (base() + QLatin1String("/system:") + base() + QLatin1String("/later")).toUtf8());
         qputenv("XDG_CURRENT_DESKTOP", "GNOME");
         qputenv("LANGUAGE", "de");
 
@@ -93,21 +105,74 @@ private slots:
                  "[Desktop Entry]\nType=Link\nName=Link Win\nURL=https://example.org\n"
                  "StartupWMClass=LinkWin\n");
         // Reachable only by climbing out of the folders.
-        write(m_root.path() + QLatin1String("/outside.desktop"), "Name=Outside\n");
+        write(base() + QLatin1String("/outside.desktop"), "Name=Outside\n");
+
+        // What else anybody can put in a folder of theirs. None of it may
+        // hold up the reading, or be read as an entry.
+        const QByteArray h = home().toLocal8Bit();
+        QCOMPARE(::mkfifo(h + "/fifo.desktop", 0600), 0);
+        m_socket = ::socket(AF_UNIX, SOCK_STREAM, 0);
+        sockaddr_un address{};
+        address.sun_family = AF_UNIX;
+        const QByteArray socketPath = h + "/socket.desktop";
+        QVERIFY(size_t(socketPath.size()) < sizeof address.sun_path);
+        qstrcpy(address.sun_path, socketPath.constData());
+        QCOMPARE(::bind(m_socket, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+        QCOMPARE(::symlink("/dev/zero", h + "/zero.desktop"), 0);
+        QCOMPARE(::symlink(".", h + "/loop"), 0);
+        QCOMPARE(::symlink("..", h + "/up"), 0);
+        QCOMPARE(::symlink("/", h + "/root"), 0);
+        QCOMPARE(::symlink("nowhere", h + "/dangling.desktop"), 0);
+        QFile huge(home() + QLatin1String("/huge.desktop")); // sparse: takes no disk
+        QVERIFY(huge.open(QIODevice::WriteOnly));
+        QVERIFY(huge.resize(qint64(4) << 30));
+        huge.close();
+        QByteArray binary;
+        for (int i = 0; i < 4096; ++i)
+            binary.append(char(i * 7));
+        writeRaw(home() + QLatin1String("/binary.desktop"), binary);
+        // Entries that are links to files elsewhere are ordinary.
+        write(base() + QLatin1String("/target.desktop"), "Name=Linked\n");
+        QCOMPARE(::symlink("../../target.desktop", h + "/linked.desktop"), 0);
+        // Sub-folders count to a depth.
+        write(home() + QLatin1String("/a/b/c/three.desktop"), "Name=Three Deep\n");
+        write(home() + QLatin1String("/a/b/c/d/four.desktop"), "Name=Four Deep\n");
+    }
+
+    void cleanupTestCase()
+    {
+        if (m_socket >= 0)
+            ::close(m_socket);
     }
 
     void scanShowsWhatAMenuWouldShowFromAWorkerThread()
     {
-        QList<InstalledApp> apps;
-        std::thread worker([&] { apps = GioInstalledAppSource().scan(); });
+        // The folders hold a FIFO, a socket, a device, link loops, a link to
+        // "/" and a 4 GiB file: opening or reading any of them would hold
+        // the scan for good, or take all memory.
+        QSignalSpy classesRead(m_index.get(), &XdgDesktopEntryIndex::changed);
+        std::packaged_task<QList<InstalledApp>()> task(
+            [index = m_index] { return GioInstalledAppSource(index).scan(); });
+        std::future<QList<InstalledApp>> done = task.get_future();
+        std::thread worker(std::move(task));
+        if (done.wait_for(std::chrono::seconds(60)) != std::future_status::ready) {
+            worker.detach();
+            QFAIL("the scan does not end");
+        }
         worker.join();
+        const QList<InstalledApp> apps = done.get();
+        // The window classes it read reach the index on its own thread.
+        QVERIFY(classesRead.wait(5000));
 
         QMap<QString, QString> byId; // bundle id → name
         for (const InstalledApp& app : apps) {
             QVERIFY(app.bundleId && app.name);
             QVERIFY2(QFile::exists(app.path), qPrintable(app.path));
             QVERIFY(!byId.contains(*app.bundleId));
-            byId.insert(*app.bundleId, *app.name);
+            // Whatever entries other programs left near "/" count, but are
+            // not this test's to know.
+            if (!app.bundleId->startsWith(QLatin1String("root-")))
+                byId.insert(*app.bundleId, *app.name);
         }
         const QMap<QString, QString> expected = {
             {QStringLiteral("org.example.Alpha"), QStringLiteral("Alpha")},
@@ -123,13 +188,23 @@ private slots:
             {QStringLiteral("myterm"), QStringLiteral("My Term")},
             {QStringLiteral("second"), QStringLiteral("Second")},
             {QStringLiteral("othervendor"), QStringLiteral("Other Vendor")},
+            {QStringLiteral("linked"), QStringLiteral("Linked")},
+            {QStringLiteral("a-b-c-three"), QStringLiteral("Three Deep")},
         };
         QCOMPARE(byId, expected);
+
+        // A FIFO swapped in where a file was found is not waited on either.
+        QCOMPARE(XdgDesktopFiles::read((home() + QLatin1String("/fifo.desktop")).toLocal8Bit()),
+                 std::nullopt);
+        QCOMPARE(XdgDesktopFiles::read((home() + QLatin1String("/linked.desktop")).toLocal8Bit())
+                     .value_or(QByteArray())
+                     .contains("Name=Linked"),
+                 true);
     }
 
     void windowsFindTheirEntries()
     {
-        XdgDesktopEntryIndex entries;
+        XdgDesktopEntryIndex& entries = *m_index;
         const auto found = [&](std::optional<QString> gtkId, const char* cls,
                                const char* instance) {
             const auto entry =
@@ -157,6 +232,32 @@ private slots:
         QCOMPARE(found({}, "Quiet", "quiet"), QStringLiteral("Quiet|quiet"));
         QCOMPARE(found({}, "Nothing", "nothing"), QStringLiteral("none"));
         QCOMPARE(found({}, "Localised", "localised"), QStringLiteral("Hallo|localised"));
+        QCOMPARE(found({}, "Fifo", "fifo"), QStringLiteral("none"));
+        QCOMPARE(found({}, "Zero", "zero"), QStringLiteral("none"));
+    }
+
+    void foldersAreWatchedEvenBeforeTheyExist()
+    {
+        GioInstalledAppSource source;
+        QObject context;
+        int changes = 0;
+        source.watch(&context, [&] { ++changes; });
+        // Apps installed for the user, and a folder of apps that appears.
+        write(home() + QLatin1String("/installed.desktop"), "Name=Installed\n");
+        QTRY_COMPARE_WITH_TIMEOUT(changes, 1, 10000);
+        write(base() + QLatin1String("/later/applications/new.desktop"), "Name=New\n");
+        QTRY_VERIFY_WITH_TIMEOUT(changes >= 2, 10000);
+    }
+
+    void aNewReadingOfTheFoldersReplacesEveryAnswer()
+    {
+        XdgDesktopEntryIndex entries;
+        QCOMPARE(entries.match({}, QStringLiteral("Kiwi"), QStringLiteral("kiwi")), std::nullopt);
+        const DesktopEntry later{QStringLiteral("later"), QStringLiteral("Later"),
+                                 home() + QLatin1String("/later.desktop")};
+        entries.setWindowClasses({{QStringLiteral("Kiwi"), later}});
+        QCOMPARE(entries.match({}, QStringLiteral("Kiwi"), QStringLiteral("kiwi")),
+                 std::optional<DesktopEntry>(later));
     }
 
     void idsFollowFoldersAndShadowing()
@@ -177,7 +278,7 @@ private slots:
 
     void unusableEntriesNameNoWindow()
     {
-        XdgDesktopEntryIndex entries;
+        XdgDesktopEntryIndex& entries = *m_index;
         const auto found = [&](const char* cls) {
             const auto entry =
                 entries.match({}, QString::fromLatin1(cls), QString::fromLatin1(cls).toLower());

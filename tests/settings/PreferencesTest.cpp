@@ -3,10 +3,12 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QRegularExpression>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
+#include <cmath>
 
 using namespace velkor;
 
@@ -19,7 +21,11 @@ namespace {
 QString copyUnderNewName(const QString& path)
 {
     static int n = 0;
-    const QString copy = path + QStringLiteral(".copy%1").arg(++n);
+    const QFileInfo original(path);
+    const QString copy = original.dir().filePath(QStringLiteral("%1.copy%2.%3")
+                                                     .arg(original.completeBaseName())
+                                                     .arg(++n)
+                                                     .arg(original.suffix()));
     QFile::copy(path, copy);
     return copy;
 }
@@ -91,38 +97,54 @@ private slots:
     }
 
     // Through the INI text and through QSettings' native format (the user
-    // store's kind), lists of none and of one element included.
+    // store's kind; on macOS a property list, which keeps the letter order as
+    // one dictionary), lists of none and of one element included.
     void everySettingSurvivesTheRoundTrip_data()
     {
+        QTest::addColumn<QString>("file");
         QTest::addColumn<bool>("native");
         QTest::addColumn<QStringList>("excluded");
         QTest::addColumn<QStringList>("usageOfE");
-        for (const bool native : {false, true}) {
-            const char* kind = native ? "native" : "ini";
-            QTest::addRow("%s, empty lists", kind) << native << QStringList() << QStringList();
-            QTest::addRow("%s, one element", kind)
-                << native << QStringList{"com.a"} << QStringList{"org.x"};
-            QTest::addRow("%s, commas, quotes, unicode", kind)
-                << native << QStringList{"a,b", "\"q\"", "ünï"} << QStringList{"x", "y; z", "#w"};
+        const std::pair<const char*, bool> stores[] = {
+            {"Velkor.conf", false}, {"Velkor.conf", true}, {"Velkor.plist", true}};
+        for (const auto& [file, native] : stores) {
+            const QString kind = QStringLiteral("%1 %2").arg(native ? "native" : "ini", file);
+            QTest::addRow("%s, empty lists", qPrintable(kind))
+                << file << native << QStringList() << QStringList();
+            QTest::addRow("%s, one element", qPrintable(kind))
+                << file << native << QStringList{"com.a"} << QStringList{"org.x"};
+            QTest::addRow("%s, commas, quotes, unicode", qPrintable(kind))
+                << file << native << QStringList{"a,b", "\"q\"", "ünï"}
+                << QStringList{"x", "y; z", "#w", "@Variant(x)"};
         }
     }
 
     void everySettingSurvivesTheRoundTrip()
     {
+        QFETCH(QString, file);
         QFETCH(bool, native);
         const auto format = native ? QSettings::NativeFormat : QSettings::IniFormat;
         QFETCH(QStringList, excluded);
         QFETCH(QStringList, usageOfE);
         QTemporaryDir dir;
-        const QString path = dir.filePath(QStringLiteral("Velkor.conf"));
+        const QString path = dir.filePath(file);
+        // Letters from names in any script, and some QSettings takes apart
+        // in a key ("/" separates groups, "%" escapes).
         const LetterUsage usage{
             {QStringLiteral("é"), usageOfE},
+            {QStringLiteral("ß"), {QStringLiteral("de.app")}},
+            {QStringLiteral("ж"), {QStringLiteral("ru.app")}},
             {QStringLiteral("漢"), {QStringLiteral("cn.app")}},
-            {QStringLiteral("👍🏽"), {QStringLiteral("a"), QStringLiteral("b")}}};
+            {QStringLiteral("👍🏽"), {QStringLiteral("a"), QStringLiteral("b")}},
+            {QStringLiteral("/"), {QStringLiteral("slash")}},
+            {QStringLiteral("%"), {QStringLiteral("per")}},
+            {QStringLiteral("%2F"), {QStringLiteral("literal")}},
+            {QStringLiteral("="), {QStringLiteral("eq")}},
+            {QStringLiteral("["), {QStringLiteral("br")}}};
         {
             Preferences prefs(std::make_unique<QSettings>(path, format));
             prefs.setOverlayEnabled(false);
-            prefs.setOverlayDelay(1.5);
+            prefs.setOverlayDelay(0.75);
             prefs.setOverlayPosition(OverlayPosition::topLeft);
             prefs.setBlurEnabled(false);
             prefs.setAccentHex(QStringLiteral("#00ff7f"));
@@ -142,7 +164,7 @@ private slots:
         const QString copy = copyUnderNewName(path);
         Preferences prefs(std::make_unique<QSettings>(copy, format));
         QCOMPARE(prefs.overlayEnabled(), false);
-        QCOMPARE(prefs.overlayDelay(), 1.5);
+        QCOMPARE(prefs.overlayDelay(), 0.75);
         QCOMPARE(prefs.overlayPosition(), OverlayPosition::topLeft);
         QCOMPARE(prefs.blurEnabled(), false);
         QCOMPARE(prefs.accentHex(), QStringLiteral("#00ff7f"));
@@ -163,6 +185,16 @@ private slots:
         QSettings raw(copy, format);
         QVERIFY(raw.contains(QStringLiteral("overlayBlur")));
         QVERIFY(!raw.contains(QStringLiteral("blurEnabled")));
+
+        if (!native) {
+            // A file a person can read: one plain key per letter.
+            const QByteArray text = readFile(path);
+            QVERIFY2(text.contains("[letterUsage]\n"), text.constData());
+            QVERIFY2(text.contains("\n%U6F22=cn.app\n"), text.constData());
+            QVERIFY2(!text.contains("\nletterUsage="), text.constData());
+        }
+        if (LetterUsageStore::layoutFor(raw) == LetterUsageStore::Layout::dictionary)
+            QCOMPARE(raw.value(QStringLiteral("letterUsage")).typeId(), QMetaType::QVariantMap);
     }
 
     void badStoredValuesFallBackToTheirDefaults()
@@ -174,7 +206,6 @@ private slots:
                         "overlayBlur=0\n"
                         "launchAtLogin=1\n"
                         "switchOnRelease=TRUE\n"
-                        "overlayDelay=-0.5\n"
                         "overlayPosition=middle\n"
                         "modifierKey=hyper\n"
                         "spaceMode=GatherWindows\n"
@@ -186,7 +217,6 @@ private slots:
         QCOMPARE(prefs.blurEnabled(), true);
         QCOMPARE(prefs.launchAtLogin(), false);
         QCOMPARE(prefs.switchOnRelease(), false);
-        QCOMPARE(prefs.overlayDelay(), 0.25);
         QCOMPARE(prefs.overlayPosition(), OverlayPosition::bottomRight);
         QCOMPARE(prefs.modifierKey(), ModifierKey::rightCommand);
         QCOMPARE(prefs.spaceMode(), SpaceMode::followApp);
@@ -198,29 +228,147 @@ private slots:
         QCOMPARE(raw.value(QStringLiteral("theme")).toString(), QStringLiteral("Dark"));
     }
 
-    void delayMustBeAFiniteNonNegativeNumber_data()
+    // What the settings window cannot set is brought within its reach on
+    // load, in memory: the file keeps what it holds.
+    void valuesOutOfRangeAreBroughtWithinReach_data()
     {
         QTest::addColumn<QByteArray>("stored");
         QTest::addColumn<double>("expected");
         QTest::newRow("plain") << QByteArray("0.5") << 0.5;
         QTest::newRow("zero") << QByteArray("0") << 0.0;
-        QTest::newRow("negative") << QByteArray("-1") << 0.25;
+        QTest::newRow("off the slider's grid") << QByteArray("0.33") << 0.35;
+        QTest::newRow("negative") << QByteArray("-1") << 0.0;
+        QTest::newRow("a month") << QByteArray("3000000") << 1.0;
+        QTest::newRow("near the largest double") << QByteArray("1e308") << 1.0;
         QTest::newRow("nan") << QByteArray("nan") << 0.25;
         QTest::newRow("infinite") << QByteArray("inf") << 0.25;
+        QTest::newRow("minus infinite") << QByteArray("-inf") << 0.25;
         QTest::newRow("word") << QByteArray("soon") << 0.25;
         QTest::newRow("list") << QByteArray("1, 2") << 0.25;
         QTest::newRow("boolean") << QByteArray("@Variant(\\0\\0\\0\\x1\\x1)") << 0.25;
     }
 
-    void delayMustBeAFiniteNonNegativeNumber()
+    void valuesOutOfRangeAreBroughtWithinReach()
     {
         QFETCH(QByteArray, stored);
         QFETCH(double, expected);
         QTemporaryDir dir;
-        const QString path = dir.filePath(QStringLiteral("delay.conf"));
-        writeFile(path, "[General]\noverlayDelay=" + stored + "\n");
-        Preferences prefs(iniAt(path));
-        QCOMPARE(prefs.overlayDelay(), expected);
+        const QString path = dir.filePath(QStringLiteral("range.conf"));
+        QByteArray text = "[General]\noverlayDelay=" + stored + "\n\n[letterUsage]\na=";
+        for (int i = 0; i < 25; ++i)
+            text += "id" + QByteArray::number(i % 22) + (i < 24 ? ", " : "\n");
+        writeFile(path, text);
+        {
+            Preferences prefs(iniAt(path));
+            QCOMPARE(prefs.overlayDelay(), expected);
+            // A hand-made list is kept to what switching keeps: twenty, no repeats.
+            QStringList firstTwenty;
+            for (int i = 0; i < 20; ++i)
+                firstTwenty.append(QStringLiteral("id%1").arg(i));
+            QCOMPARE(prefs.letterUsage().value(QStringLiteral("a")), firstTwenty);
+            // The setter keeps to the same range.
+            prefs.setOverlayDelay(2.5);
+            QCOMPARE(prefs.overlayDelay(), 1.0);
+            prefs.setOverlayDelay(std::nan(""));
+            QCOMPARE(prefs.overlayDelay(), 0.25);
+        }
+        QCOMPARE(Preferences(iniAt(copyUnderNewName(path))).overlayDelay(), 0.25);
+    }
+
+    // Every switch records the letter's choice; a file rewritten each time
+    // would be a disk write per keystroke and would lose what a person wrote
+    // in it.
+    void assigningWhatTheStoreHoldsLeavesTheFileAlone()
+    {
+        QTemporaryDir dir;
+        const QString path = dir.filePath(QStringLiteral("Velkor.conf"));
+        const QByteArray handWritten = "; edited by hand\n"
+                                       "[General]\n"
+                                       "overlayBlur=false\n"
+                                       "overlayDelay=1e308\n"
+                                       "theme=dark\n"
+                                       "excludedBundleIds=com.only\n"
+                                       "\n"
+                                       "[letterUsage]\n"
+                                       "f=org.firefox, org.files\n"
+                                       "%E9=org.editor\n";
+        writeFile(path, handWritten);
+        {
+            Preferences prefs(iniAt(path));
+            QCOMPARE(prefs.overlayDelay(), 1.0);
+            prefs.setBlurEnabled(false);
+            prefs.setTheme(AppTheme::dark);
+            prefs.setExcludedBundleIds({QStringLiteral("com.only")});
+            for (int i = 0; i < 3; ++i) {
+                prefs.recordLetterUsage(QStringLiteral("F"), QStringLiteral("org.firefox"));
+                prefs.recordLetterUsage(QStringLiteral("é"), QStringLiteral("org.editor"));
+            }
+            QCOMPARE(prefs.letterUsage().value(QStringLiteral("é")),
+                     QStringList{QStringLiteral("org.editor")});
+        }
+        QCOMPARE(readFile(path), handWritten);
+
+        // A real change is written, and only then the clamped delay.
+        {
+            Preferences prefs(iniAt(path));
+            prefs.recordLetterUsage(QStringLiteral("f"), QStringLiteral("org.files"));
+        }
+        const QByteArray changed = readFile(path);
+        QVERIFY2(changed.contains("\nf=org.files, org.firefox\n"), changed.constData());
+        QVERIFY2(changed.contains("\noverlayDelay=1e308\n"), changed.constData());
+        {
+            Preferences prefs(iniAt(path));
+            prefs.setOverlayDelay(prefs.overlayDelay());
+        }
+        QVERIFY2(readFile(path).contains("\noverlayDelay=1\n"), readFile(path).constData());
+    }
+
+    // Older versions kept the letter order as one binary "@Variant" value.
+    void anOlderLetterUsageMovesIntoItsGroupLosingNothing()
+    {
+        QTemporaryDir dir;
+        const QString path = dir.filePath(QStringLiteral("old.conf"));
+        const LetterUsage old{
+            {QStringLiteral("a"), {QStringLiteral("com.a, b"), QStringLiteral("c")}},
+            {QStringLiteral("ж"), {QStringLiteral("ru.app")}},
+            {QStringLiteral("/"), {QStringLiteral("slash")}}};
+        {
+            QSettings writer(path, QSettings::IniFormat);
+            QVariantMap map;
+            for (auto it = old.cbegin(); it != old.cend(); ++it)
+                map.insert(it.key(), it.value());
+            writer.setValue(QStringLiteral("letterUsage"), map);
+            writer.setValue(QStringLiteral("theme"), QStringLiteral("dark"));
+        }
+        const QString copy = copyUnderNewName(path);
+        QVERIFY(readFile(copy).contains("@Variant("));
+        {
+            Preferences prefs(iniAt(copy));
+            QCOMPARE(prefs.letterUsage(), old);
+        }
+        const QByteArray migrated = readFile(copy);
+        QVERIFY2(!migrated.contains("@Variant"), migrated.constData());
+        QVERIFY2(migrated.contains("\n[letterUsage]\n") &&
+                     migrated.contains("\na=\"com.a, b\", c\n"),
+                 migrated.constData());
+        const QString again = copyUnderNewName(copy);
+        Preferences reread(iniAt(again));
+        QCOMPARE(reread.letterUsage(), old);
+        QCOMPARE(reread.theme(), AppTheme::dark);
+
+        // One that cannot be read stays until the order is next recorded.
+        const QString unreadable = dir.filePath(QStringLiteral("unreadable.conf"));
+        writeFile(unreadable, "[General]\nletterUsage=x\n");
+        {
+            Preferences prefs(iniAt(unreadable));
+            QVERIFY(prefs.letterUsage().isEmpty());
+        }
+        QCOMPARE(readFile(unreadable), QByteArray("[General]\nletterUsage=x\n"));
+        {
+            Preferences prefs(iniAt(unreadable));
+            prefs.recordLetterUsage(QStringLiteral("q"), QStringLiteral("org.q"));
+        }
+        QCOMPARE(readFile(unreadable), QByteArray("[letterUsage]\nq=org.q\n"));
     }
 
     void listsMustHoldOnlyStrings()
@@ -326,9 +474,7 @@ private slots:
         QCOMPARE(ids.first(), QStringLiteral("id18"));
         QVERIFY(!ids.contains(QStringLiteral("b")));
         QCOMPARE(usageChanged.count(), 24);
-        QCOMPARE(
-            prefs.store().value(QStringLiteral("letterUsage")).toMap().value("x").toStringList(),
-            ids);
+        QCOMPARE(prefs.store().value(QStringLiteral("letterUsage/x")).toStringList(), ids);
     }
 
     void aDamagedFileIsKeptAsideAndDefaultsAreUsed()

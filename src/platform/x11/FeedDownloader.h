@@ -19,10 +19,14 @@ public:
 
     // Destroying a downloader aborts its transfer without calling done.
     virtual ~FeedDownloader() = default;
-    // Starts a GET of url, aborting any transfer still under way. done is called
-    // once, later, from the event loop, unless abort() comes first; it must not
+    // Starts a GET of an https url, aborting any transfer still under way.
+    // Redirects are followed only to https. The transfer fails once it has run
+    // timeoutMs in all or its body grows past maxBytes, so that a feed that
+    // never ends holds neither the check nor memory. done is called once,
+    // later, from the event loop, unless abort() comes first; it must not
     // destroy the downloader.
-    virtual void get(const QUrl& url, const QString& userAgent, int timeoutMs, Done done) = 0;
+    virtual void get(const QUrl& url, const QString& userAgent, int timeoutMs, qint64 maxBytes,
+                     Done done) = 0;
     // Drops the transfer under way, if any, without calling its done.
     virtual void abort() = 0;
 };

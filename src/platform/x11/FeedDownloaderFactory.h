@@ -18,5 +18,6 @@ public:
 
 } // namespace velkor::x11
 
-#define VELKOR_FEED_DOWNLOADER_FACTORY_IID "org.velkor.FeedDownloaderFactory/1"
+// The version names FeedDownloader's calls: a module built for others is not loaded.
+#define VELKOR_FEED_DOWNLOADER_FACTORY_IID "org.velkor.FeedDownloaderFactory/2"
 Q_DECLARE_INTERFACE(velkor::x11::FeedDownloaderFactory, VELKOR_FEED_DOWNLOADER_FACTORY_IID)

@@ -3,18 +3,30 @@
 
 #include "platform/InstalledAppSource.h"
 
+#include <memory>
+
 namespace velkor::x11 {
 
-// Installed apps are the XDG desktop entries GIO would list ($XDG_DATA_HOME
-// before $XDG_DATA_DIRS applications/, earlier folders shadowing later ones
-// by desktop id), with NoDisplay, Hidden, OnlyShowIn, NotShowIn, TryExec and
-// a missing Exec program honoured as GIO does. Files are read with GLib's
-// key-file parser, keeping only the keys a menu needs; scan() touches no
-// shared state and may run on a worker thread.
+class XdgDesktopEntryIndex;
+class XdgDesktopFolderWatcher;
+
+// Installed apps are the XDG desktop entries GIO would list (see
+// XdgDesktopScan). The same reading of the folders gives the window classes
+// that name running apps, handed to index on its thread; a change in the
+// folders is told through watch().
 class GioInstalledAppSource final : public InstalledAppSource
 {
 public:
+    explicit GioInstalledAppSource(std::shared_ptr<XdgDesktopEntryIndex> index = nullptr);
+    ~GioInstalledAppSource() override;
+
     QList<InstalledApp> scan() const override;
+    void watch(QObject* context, std::function<void()> onChange) const override;
+
+private:
+    std::shared_ptr<XdgDesktopEntryIndex> m_index;
+    // Made at the first watch(), on the thread that asks.
+    mutable std::unique_ptr<XdgDesktopFolderWatcher> m_watcher;
 };
 
 } // namespace velkor::x11

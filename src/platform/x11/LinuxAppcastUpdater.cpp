@@ -5,6 +5,7 @@
 
 #include <QCoreApplication>
 #include <QDesktopServices>
+#include <QLabel>
 #include <QLoggingCategory>
 #include <QMessageBox>
 #include <QPushButton>
@@ -22,21 +23,32 @@ LinuxAppcastUpdater::LinuxAppcastUpdater(QUrl feedUrl, QString currentVersion, P
 // The downloader's destructor aborts a transfer under way.
 LinuxAppcastUpdater::~LinuxAppcastUpdater() = default;
 
+void LinuxAppcastUpdater::setLimits(int timeoutMs, qint64 maxFeedBytes)
+{
+    m_timeoutMs = timeoutMs;
+    m_maxFeedBytes = maxFeedBytes;
+}
+
 void LinuxAppcastUpdater::checkForUpdates()
 {
     if (!isAvailable() || isChecking())
         return;
     m_checking = true;
     qCInfo(lcUpdater) << "checking" << m_feedUrl.toString();
+    if (m_feedUrl.scheme() != QLatin1String("https")) {
+        finishLater(QStringLiteral("Updates are only checked over https, and the update feed's "
+                                   "address is not https."));
+        return;
+    }
     if (!m_downloader && !loadDownloader())
         return;
     m_downloader->get(
-        m_feedUrl, QStringLiteral("Velkor/%1").arg(m_currentVersion), TimeoutMs,
+        m_feedUrl, QStringLiteral("Velkor/%1").arg(m_currentVersion), m_timeoutMs, m_maxFeedBytes,
         [this](const QByteArray& body, const QString& error) {
             if (!error.isEmpty()) {
                 finish(UpdateCheckResult::failure(
                     m_currentVersion,
-                    QStringLiteral("The update feed could not be reached: %1").arg(error)));
+                    QStringLiteral("The update feed could not be downloaded: %1.").arg(error)));
             } else {
                 finish(
                     UpdateCheckResult::fromFeed(body, m_currentVersion, QStringLiteral("linux")));
@@ -54,13 +66,15 @@ bool LinuxAppcastUpdater::loadDownloader()
     if (m_downloader)
         return true;
     qCWarning(lcUpdater) << "cannot load the downloader:" << loader.error();
-    // Told from the event loop like a failed transfer, after checkForUpdates() has returned.
-    const auto failure = UpdateCheckResult::failure(
-        m_currentVersion,
-        QStringLiteral("The update checker could not be loaded: %1").arg(loader.error()));
+    finishLater(QStringLiteral("The update checker could not be loaded: %1").arg(loader.error()));
+    return false;
+}
+
+void LinuxAppcastUpdater::finishLater(const QString& error)
+{
+    const auto failure = UpdateCheckResult::failure(m_currentVersion, error);
     QMetaObject::invokeMethod(
         this, [this, failure] { finish(failure); }, Qt::QueuedConnection);
-    return false;
 }
 
 void LinuxAppcastUpdater::finish(const UpdateCheckResult& result)
@@ -82,6 +96,11 @@ void LinuxAppcastUpdater::showDialog(const UpdateCheckResult& result)
     box->setWindowTitle(QStringLiteral("Velkor"));
     box->setText(result.title());
     box->setInformativeText(result.message());
+    // The message carries text from the feed. Every label, the informative
+    // one included (it would open links), shows it as it is.
+    box->setTextFormat(Qt::PlainText);
+    for (QLabel* label : box->findChildren<QLabel*>())
+        label->setTextFormat(Qt::PlainText);
     if (result.outcome == UpdateCheckResult::Outcome::updateAvailable &&
         result.release->downloadUrl.isValid()) {
         const QUrl download = result.release->downloadUrl;

@@ -14,16 +14,20 @@ namespace velkor::x11 {
 class FeedDownloader;
 
 // The user-started update check on Linux: downloads the appcast feed named at
-// build time, compares its newest release with this build and presents the
-// result (in a dialog unless told otherwise). Nothing touches the network
-// except checkForUpdates(), and the download module is loaded on the first one.
+// build time, over https only, compares its newest release with this build and
+// presents the result (in a dialog unless told otherwise). Nothing touches the
+// network except checkForUpdates(), and the download module is loaded on the
+// first one. A feed that is slow, endless, malformed or hostile ends the check
+// with one "could not check" result.
 class LinuxAppcastUpdater final : public QObject, public Updater
 {
     Q_OBJECT
 public:
     using Presenter = std::function<void(const UpdateCheckResult&)>;
 
+    // The whole download, and the feed's size: an appcast is a few kilobytes.
     static constexpr int TimeoutMs = 15000;
+    static constexpr qint64 MaxFeedBytes = 1024 * 1024;
 
     // The download module is looked for next to the executable, then in
     // moduleDirectory when one is given.
@@ -37,7 +41,10 @@ public:
 
     bool isChecking() const { return m_checking; }
 
-    // The message box the result is shown in by default.
+    void setLimits(int timeoutMs, qint64 maxFeedBytes);
+
+    // The message box the result is shown in by default. The feed's strings
+    // in it are plain text, never markup or links.
     static void showDialog(const UpdateCheckResult& result);
 
 signals:
@@ -46,12 +53,16 @@ signals:
 private:
     bool loadDownloader();
     void finish(const UpdateCheckResult& result);
+    // Ends the check from the event loop, after checkForUpdates() has returned.
+    void finishLater(const QString& error);
 
     QUrl m_feedUrl;
     QString m_currentVersion;
     Presenter m_present;
     QString m_moduleDirectory;
     std::unique_ptr<FeedDownloader> m_downloader; // loaded on the first check
+    int m_timeoutMs = TimeoutMs;
+    qint64 m_maxFeedBytes = MaxFeedBytes;
     bool m_checking = false;
 };
 

@@ -22,6 +22,9 @@ struct X11Client
 
     // Desktop number of windows shown on every desktop.
     static constexpr quint32 AllDesktops = 0xFFFFFFFF;
+    // No window manager offers more desktops; a larger count or number read
+    // from a property is some client's mistake.
+    static constexpr quint32 MaxDesktops = 1024;
 
     xcb_window_t id = NoWindow;
     Pid pid = 0;          // 0 when neither _NET_WM_PID nor X-Resource tells
@@ -35,7 +38,9 @@ struct X11Client
     bool skipTaskbar = false;
     bool sticky = false;
     std::optional<quint32> desktop;
-    bool acceptsInput = true; // WM_HINTS input
+    bool acceptsInput = true;   // WM_HINTS input
+    bool takesFocus = false;    // WM_PROTOCOLS has WM_TAKE_FOCUS
+    bool deletesWindow = false; // WM_PROTOCOLS has WM_DELETE_WINDOW
 
     std::optional<QString> title() const { return netName ? netName : wmName; }
     bool onDesktop(quint32 current) const

@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "platform/x11/X11Connection.h"
 
+#include "platform/x11/X11CompoundText.h"
+
 #include <QGuiApplication>
+#include <QStringDecoder>
 #include <cstring>
 
 namespace velkor::x11 {
@@ -39,9 +42,25 @@ constexpr std::array<const char*, size_t(Atom::Count)> AtomNames = {
     "_KDE_NET_WM_BLUR_BEHIND_REGION",
     "_GTK_APPLICATION_ID",
     "UTF8_STRING",
+    "COMPOUND_TEXT",
     "WM_STATE",
     "WM_CHANGE_STATE",
+    "WM_PROTOCOLS",
+    "WM_TAKE_FOCUS",
+    "WM_DELETE_WINDOW",
 };
+
+// Strict UTF-8: text that does not decode is not text. A value cut off by
+// the request's length may end inside a character; that part is dropped.
+std::optional<QString> fromStrictUtf8(QByteArrayView bytes, bool truncated)
+{
+    QStringDecoder decoder(QStringDecoder::Utf8, truncated ? QStringDecoder::Flag::Default
+                                                           : QStringDecoder::Flag::Stateless);
+    QString decoded = decoder.decode(bytes);
+    if (decoder.hasError())
+        return std::nullopt;
+    return decoded;
+}
 
 } // namespace
 
@@ -57,11 +76,11 @@ std::shared_ptr<X11Connection> X11Connection::fromQt()
     xcb_screen_iterator_t screens = xcb_setup_roots_iterator(setup);
     if (!screens.rem)
         return nullptr;
-    return std::make_shared<X11Connection>(connection, screens.data->root);
+    return std::make_shared<X11Connection>(connection, screens.data->root, native->display());
 }
 
-X11Connection::X11Connection(xcb_connection_t* connection, xcb_window_t root)
-    : m_connection(connection), m_root(root)
+X11Connection::X11Connection(xcb_connection_t* connection, xcb_window_t root, _XDisplay* xlib)
+    : m_connection(connection), m_root(root), m_xlib(xlib)
 {
     int number = 0;
     for (auto it = xcb_setup_roots_iterator(xcb_get_setup(connection)); it.rem;
@@ -114,14 +133,45 @@ void X11Connection::sendRootMessage(xcb_window_t window, Atom type, std::array<q
                    reinterpret_cast<const char*>(&event));
 }
 
-std::optional<QList<quint32>> X11Connection::cardinals(xcb_window_t window, xcb_atom_t property,
-                                                       xcb_atom_t type) const
+void X11Connection::sendProtocolMessage(xcb_window_t window, Atom protocol)
 {
-    auto cookie = xcb_get_property(m_connection, 0, window, property, type, 0, 4096);
-    auto r = reply(xcb_get_property_reply(m_connection, cookie, nullptr));
-    if (!r || r->type == XCB_ATOM_NONE)
+    xcb_client_message_event_t event{};
+    event.response_type = XCB_CLIENT_MESSAGE;
+    event.format = 32;
+    event.window = window;
+    event.type = atom(Atom::WmProtocols);
+    event.data.data32[0] = atom(protocol);
+    event.data.data32[1] = m_lastTime;
+    xcb_send_event(m_connection, 0, window, XCB_EVENT_MASK_NO_EVENT,
+                   reinterpret_cast<const char*>(&event));
+}
+
+std::optional<QList<quint32>> X11Connection::cardinals(xcb_window_t window, xcb_atom_t property,
+                                                       xcb_atom_t type, uint32_t maxValues) const
+{
+    auto cookie = xcb_get_property(m_connection, 0, window, property, type, 0, maxValues);
+    xcb_generic_error_t* error = nullptr;
+    auto r = reply(xcb_get_property_reply(m_connection, cookie, &error));
+    std::free(error); // a window that is gone has no properties
+    if (!r || r->type != type || r->format != 32)
         return std::nullopt;
     return values32(r.get());
+}
+
+std::optional<QString> X11Connection::text(const xcb_get_property_reply_t* r,
+                                           xcb_atom_t requested) const
+{
+    if (!r || r->format != 8 || (requested != XCB_ATOM_ANY && r->type != requested))
+        return std::nullopt;
+    const QByteArrayView bytes(static_cast<const char*>(xcb_get_property_value(r)),
+                               xcb_get_property_value_length(r));
+    if (r->type == XCB_ATOM_STRING)
+        return QString::fromLatin1(bytes);
+    if (r->type == atom(Atom::Utf8String))
+        return fromStrictUtf8(bytes, r->bytes_after > 0);
+    if (r->type == atom(Atom::CompoundText))
+        return decodeCompoundText(m_xlib, bytes);
+    return std::nullopt;
 }
 
 QList<quint32> values32(const xcb_get_property_reply_t* r)
@@ -135,15 +185,6 @@ QList<quint32> values32(const xcb_get_property_reply_t* r)
     for (int i = 0; i < n; ++i)
         out.append(data[i]);
     return out;
-}
-
-std::optional<QString> text(const xcb_get_property_reply_t* r, bool utf8)
-{
-    if (!r || r->type == XCB_ATOM_NONE || r->format != 8)
-        return std::nullopt;
-    const auto* data = static_cast<const char*>(xcb_get_property_value(r));
-    const int length = xcb_get_property_value_length(r);
-    return utf8 ? QString::fromUtf8(data, length) : QString::fromLatin1(data, length);
 }
 
 } // namespace velkor::x11

@@ -316,8 +316,16 @@ void X11KeySource::enable()
 
 void X11KeySource::reloadKeymap()
 {
+    // A server that went away has no map to read, and Qt ends the program
+    // with a line of its own.
+    const auto serverGone = [this] {
+        return !m_connection || xcb_connection_has_error(m_connection);
+    };
+    if (serverGone())
+        return;
     if (!m_keymap->reload()) {
-        qCWarning(lcKeys) << "cannot read the new keyboard map; keeping the old one";
+        if (!serverGone())
+            qCWarning(lcKeys) << "cannot read the new keyboard map; keeping the old one";
         return;
     }
     // Grabs name keycodes, which a new layout leaves where they are; only

@@ -14,6 +14,7 @@
 #include "platform/x11/X11WindowSystem.h"
 #include "platform/x11/X11Workspace.h"
 #include "platform/x11/XdgAutostartLoginItem.h"
+#include "platform/x11/XdgDesktopEntryIndex.h"
 
 #include <QCoreApplication>
 
@@ -32,14 +33,17 @@ std::unique_ptr<Platform> createNativePlatform(const QString& qtPlatformName)
         return platform;
     }
     auto cache = std::make_shared<X11WindowCache>(connection);
+    // One reading of the desktop entries names the running apps and lists
+    // the installed ones.
+    auto entries = std::make_shared<XdgDesktopEntryIndex>();
     auto platform = std::make_unique<Platform>();
     platform->clock = std::make_unique<QtClock>();
     platform->keys = std::make_unique<X11KeySource>(*platform->clock);
     platform->workspace =
-        std::make_unique<X11Workspace>(cache, Pid(QCoreApplication::applicationPid()));
+        std::make_unique<X11Workspace>(cache, entries, Pid(QCoreApplication::applicationPid()));
     platform->windows = std::make_unique<X11WindowSystem>(cache);
     platform->spaces = std::make_unique<X11SpaceSystem>(cache);
-    platform->installedApps = std::make_unique<GioInstalledAppSource>();
+    platform->installedApps = std::make_unique<GioInstalledAppSource>(entries);
     platform->trust = std::make_unique<X11TrustCheck>(connection);
     platform->loginItem =
         std::make_unique<XdgAutostartLoginItem>(QCoreApplication::applicationFilePath());

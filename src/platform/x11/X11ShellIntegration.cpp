@@ -6,6 +6,8 @@
 #include "platform/x11/X11SelectionWatch.h"
 #include "platform/x11/X11WindowCache.h"
 #include "platform/x11/X11WindowIcon.h"
+#include "platform/x11/XdgDesktopEntry.h"
+#include "platform/x11/XdgDesktopFiles.h"
 
 #include <QFileInfo>
 #include <QWindow>
@@ -94,9 +96,12 @@ QIcon X11ShellIntegration::iconForFile(const QString& path)
     if (!path.endsWith(QLatin1String(".desktop")))
         return QIcon();
     // Only the Icon key is needed: GLib's key-file reader gets it without
-    // starting GIO's application registry and its folder monitors.
-    std::unique_ptr<GKeyFile, decltype(&g_key_file_free)> file(g_key_file_new(), &g_key_file_free);
-    if (!g_key_file_load_from_file(file.get(), path.toUtf8().constData(), G_KEY_FILE_NONE, nullptr))
+    // starting GIO's application registry and its folder monitors. The file
+    // is read as the folders' scan reads it: never a FIFO or device, which
+    // would hold the main thread.
+    const std::optional<QByteArray> contents = XdgDesktopFiles::read(path.toUtf8());
+    const KeyFile file = contents ? parseDesktopFile(*contents) : nullptr;
+    if (!file)
         return QIcon();
     gchar* raw = g_key_file_get_string(file.get(), G_KEY_FILE_DESKTOP_GROUP,
                                        G_KEY_FILE_DESKTOP_KEY_ICON, nullptr);
@@ -104,8 +109,10 @@ QIcon X11ShellIntegration::iconForFile(const QString& path)
     g_free(raw);
     if (icon.isEmpty())
         return QIcon();
+    // An icon path names a regular file, or no icon: reading a FIFO would
+    // hold the main thread.
     if (QFileInfo(icon).isAbsolute())
-        return QFileInfo::exists(icon) ? QIcon(icon) : QIcon();
+        return QFileInfo(icon).isFile() ? QIcon(icon) : QIcon();
     return QIcon::fromTheme(icon);
 }
 

@@ -103,8 +103,10 @@ QList<ServerWindow> X11SpaceSystem::windowList(bool onScreenOnly)
 
 bool X11SpaceSystem::postControlKey(int keyCode)
 {
+    // Without any window manager nobody takes the shortcut: it would land in
+    // the focused window as typing.
     const int key = xKeycodeForDigit(keyCode);
-    if (!key || !m_hasXTest)
+    if (!key || !m_hasXTest || !m_cache.hasWindowManager())
         return false;
     xcb_connection_t* c = m_cache.connection().get();
     const xcb_window_t root = m_cache.connection().root();

@@ -4,8 +4,7 @@
 #include <QCoreApplication>
 #include <QLoggingCategory>
 #include <QSet>
-#include <xcb/res.h>
-#include <xcb/xcb_icccm.h>
+#include <algorithm>
 
 Q_LOGGING_CATEGORY(lcX11Cache, "velkor.x11.windows", QtInfoMsg)
 
@@ -13,41 +12,21 @@ namespace velkor::x11 {
 
 namespace {
 
-constexpr uint32_t MaxLength = 1024;
-
-struct Cookies
-{
-    xcb_window_t window;
-    std::optional<xcb_get_property_cookie_t> pid, wmClass, gtkId, netName, wmName, type, state,
-        desktop, hints;
-};
-
-std::optional<xcb_get_property_cookie_t>
-request(xcb_connection_t* c, bool wanted, xcb_window_t window, xcb_atom_t property, xcb_atom_t type)
-{
-    if (!wanted || property == XCB_ATOM_NONE)
-        return std::nullopt;
-    return xcb_get_property(c, 0, window, property, type, 0, MaxLength);
-}
-
-Reply<xcb_get_property_reply_t> take(xcb_connection_t* c,
-                                     const std::optional<xcb_get_property_cookie_t>& cookie)
-{
-    if (!cookie)
-        return reply<xcb_get_property_reply_t>(nullptr);
-    xcb_generic_error_t* error = nullptr;
-    auto r = reply(xcb_get_property_reply(c, *cookie, &error));
-    std::free(error); // a window that went away meanwhile reads as empty
-    return r;
-}
+// More windows than any desktop holds; a longer client list or window tree
+// is read only this far.
+constexpr uint32_t MaxClients = 4096;
 
 } // namespace
 
 X11WindowCache::X11WindowCache(std::shared_ptr<X11Connection> connection)
-    : m_connection(std::move(connection))
+    : m_connection(std::move(connection)), m_reader(*m_connection)
 {
-    m_hasResourceExtension = m_connection->hasExtension("X-Resource");
-    watchRoot();
+    // Event masks are per client: what is selected on the root adds to what
+    // Qt selected there rather than replacing it.
+    xcb_connection_t* c = m_connection->get();
+    auto attributes = reply(xcb_get_window_attributes_reply(
+        c, xcb_get_window_attributes(c, m_connection->root()), nullptr));
+    m_qtRootMask = attributes ? attributes->your_event_mask : 0;
     reload();
     QCoreApplication::instance()->installNativeEventFilter(this);
 }
@@ -58,27 +37,70 @@ X11WindowCache::~X11WindowCache()
         app->removeNativeEventFilter(this);
 }
 
-void X11WindowCache::watchRoot()
-{
-    // Event masks are per client: add to what Qt already selected on the root
-    // rather than replacing it.
-    xcb_connection_t* c = m_connection->get();
-    auto attributes = reply(xcb_get_window_attributes_reply(
-        c, xcb_get_window_attributes(c, m_connection->root()), nullptr));
-    const uint32_t mask =
-        (attributes ? attributes->your_event_mask : 0) | XCB_EVENT_MASK_PROPERTY_CHANGE;
-    xcb_change_window_attributes(c, m_connection->root(), XCB_CW_EVENT_MASK, &mask);
-    m_connection->flush();
-}
-
 void X11WindowCache::reload()
 {
     m_clients.clear();
     m_clientOrder.clear();
-    readDesktops();
-    readClientList();
-    readStacking();
+    m_stacking.clear();
+    readWindowManager();
+    // Selected before anything is read, so that no change falls in between.
+    selectRootEvents();
+    if (hasWindowManager()) {
+        readDesktops();
+        readClientList();
+        readStacking();
+    } else {
+        // The desktops and lists a dead window manager left on the root are
+        // stale; without one every mapped window is on the one screen.
+        m_desktopCount.reset();
+        m_currentDesktop = 0;
+        setClients(readTopLevels());
+        m_stacking = m_clientOrder;
+    }
     readActive();
+}
+
+void X11WindowCache::readWindowManager()
+{
+    m_wmCheck = NoWindow;
+    xcb_connection_t* c = m_connection->get();
+    const xcb_window_t root = m_connection->root();
+    const xcb_atom_t property = m_connection->atom(Atom::NetSupportingWmCheck);
+    const auto named = m_connection->cardinals(root, property, XCB_ATOM_WINDOW, 1);
+    const xcb_window_t check = named && !named->isEmpty() ? named->first() : NoWindow;
+    if (check == NoWindow || check == root)
+        return;
+    // A window manager that died leaves the root naming a window that is
+    // gone; a running one's check window names itself.
+    const auto self = m_connection->cardinals(check, property, XCB_ATOM_WINDOW, 1);
+    if (!self || self->value(0) != check)
+        return;
+    // The check window goes with its window manager, however that ends.
+    xcb_generic_error_t* gone = nullptr;
+    auto attributes =
+        reply(xcb_get_window_attributes_reply(c, xcb_get_window_attributes(c, check), &gone));
+    std::free(gone);
+    if (!attributes)
+        return;
+    const uint32_t mask = attributes->your_event_mask | XCB_EVENT_MASK_STRUCTURE_NOTIFY;
+    if (xcb_generic_error_t* error = xcb_request_check(
+            c, xcb_change_window_attributes_checked(c, check, XCB_CW_EVENT_MASK, &mask))) {
+        std::free(error);
+        return;
+    }
+    m_wmCheck = check;
+}
+
+void X11WindowCache::selectRootEvents()
+{
+    // Without a window manager, the window tree's own events tell what is
+    // mapped and how it is stacked.
+    uint32_t mask = m_qtRootMask | XCB_EVENT_MASK_PROPERTY_CHANGE;
+    if (!hasWindowManager())
+        mask |= XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY;
+    xcb_change_window_attributes(m_connection->get(), m_connection->root(), XCB_CW_EVENT_MASK,
+                                 &mask);
+    m_connection->flush();
 }
 
 const X11Client* X11WindowCache::client(xcb_window_t window) const
@@ -92,7 +114,8 @@ QList<const X11Client*> X11WindowCache::frontToBack() const
     QList<const X11Client*> out;
     QSet<xcb_window_t> seen;
     for (auto it = m_stacking.crbegin(); it != m_stacking.crend(); ++it) {
-        if (const X11Client* c = client(*it)) {
+        const X11Client* c = client(*it);
+        if (c && !seen.contains(*it)) {
             out.append(c);
             seen.insert(*it);
         }
@@ -146,15 +169,27 @@ bool X11WindowCache::takePendingRaise(xcb_window_t window)
     return true;
 }
 
-void X11WindowCache::readClientList()
+void X11WindowCache::noteFocused(xcb_window_t window)
 {
-    const auto list = m_connection->cardinals(
-        m_connection->root(), m_connection->atom(Atom::NetClientList), XCB_ATOM_WINDOW);
-    const QList<xcb_window_t> windows = list.value_or(QList<quint32>{});
-    QList<xcb_window_t> added;
+    if (m_active == window || !client(window))
+        return;
+    m_active = window;
+    // Told after the current event, as a window manager's answer would be.
+    QMetaObject::invokeMethod(this, &X11WindowCache::activeWindowChanged, Qt::QueuedConnection);
+}
+
+void X11WindowCache::setClients(QList<xcb_window_t> windows)
+{
+    // Any client can write the list: the root, nothing and repeats are no
+    // clients.
     QSet<xcb_window_t> present;
+    QList<xcb_window_t> order;
+    QList<xcb_window_t> added;
     for (xcb_window_t w : windows) {
+        if (w == NoWindow || w == m_connection->root() || present.contains(w))
+            continue;
         present.insert(w);
+        order.append(w);
         if (!m_clients.contains(w)) {
             X11Client c;
             c.id = w;
@@ -164,33 +199,64 @@ void X11WindowCache::readClientList()
     }
     for (auto it = m_clients.begin(); it != m_clients.end();)
         it = present.contains(it.key()) ? std::next(it) : m_clients.erase(it);
-    m_clientOrder = windows;
+    m_clientOrder = std::move(order);
+    if (added.isEmpty())
+        return;
 
-    if (!added.isEmpty()) {
-        xcb_connection_t* c = m_connection->get();
-        const uint32_t mask = XCB_EVENT_MASK_PROPERTY_CHANGE;
-        QList<xcb_void_cookie_t> selections;
-        for (xcb_window_t w : added)
-            selections.append(xcb_change_window_attributes_checked(c, w, XCB_CW_EVENT_MASK, &mask));
-        fetch(added, AllFields);
-        // A window may be gone already; its error is expected and dropped here
-        // rather than reaching Qt's error log.
-        for (const auto& cookie : selections)
-            std::free(xcb_request_check(c, cookie));
+    // Property changes are selected in addition to what Qt selected on the
+    // windows that are this program's own.
+    xcb_connection_t* c = m_connection->get();
+    QList<xcb_get_window_attributes_cookie_t> attributes;
+    for (xcb_window_t w : std::as_const(added))
+        attributes.append(xcb_get_window_attributes(c, w));
+    QList<xcb_void_cookie_t> selections;
+    QList<xcb_window_t> existing;
+    for (qsizetype i = 0; i < added.size(); ++i) {
+        xcb_generic_error_t* error = nullptr;
+        auto a = reply(xcb_get_window_attributes_reply(c, attributes[i], &error));
+        std::free(error);
+        if (!a) { // no such window (any more)
+            m_clients.remove(added[i]);
+            m_clientOrder.removeOne(added[i]);
+            continue;
+        }
+        existing.append(added[i]);
+        const uint32_t mask = a->your_event_mask | XCB_EVENT_MASK_PROPERTY_CHANGE;
+        selections.append(
+            xcb_change_window_attributes_checked(c, added[i], XCB_CW_EVENT_MASK, &mask));
     }
+    fetch(existing, X11ClientReader::AllFields);
+    // A window may be gone already; its error is expected and dropped here
+    // rather than reaching Qt's error log.
+    for (const auto& cookie : selections)
+        std::free(xcb_request_check(c, cookie));
+}
+
+void X11WindowCache::readClientList()
+{
+    const auto list = m_connection->cardinals(
+        m_connection->root(), m_connection->atom(Atom::NetClientList), XCB_ATOM_WINDOW, MaxClients);
+    setClients(list.value_or(QList<quint32>{}));
 }
 
 void X11WindowCache::readStacking()
 {
-    auto stacking = m_connection->cardinals(
-        m_connection->root(), m_connection->atom(Atom::NetClientListStacking), XCB_ATOM_WINDOW);
+    auto stacking = m_connection->cardinals(m_connection->root(),
+                                            m_connection->atom(Atom::NetClientListStacking),
+                                            XCB_ATOM_WINDOW, MaxClients);
     m_stacking = stacking.value_or(m_clientOrder);
 }
 
 void X11WindowCache::readActive()
 {
+    if (!hasWindowManager()) {
+        xcb_connection_t* c = m_connection->get();
+        auto focus = reply(xcb_get_input_focus_reply(c, xcb_get_input_focus(c), nullptr));
+        m_active = focus && client(focus->focus) ? focus->focus : NoWindow;
+        return;
+    }
     auto active = m_connection->cardinals(
-        m_connection->root(), m_connection->atom(Atom::NetActiveWindow), XCB_ATOM_WINDOW);
+        m_connection->root(), m_connection->atom(Atom::NetActiveWindow), XCB_ATOM_WINDOW, 1);
     m_active = active && !active->isEmpty() ? active->first() : NoWindow;
 }
 
@@ -198,158 +264,103 @@ void X11WindowCache::readDesktops()
 {
     const xcb_window_t root = m_connection->root();
     auto count = m_connection->cardinals(root, m_connection->atom(Atom::NetNumberOfDesktops),
-                                         XCB_ATOM_CARDINAL);
+                                         XCB_ATOM_CARDINAL, 1);
     auto current = m_connection->cardinals(root, m_connection->atom(Atom::NetCurrentDesktop),
-                                           XCB_ATOM_CARDINAL);
+                                           XCB_ATOM_CARDINAL, 1);
+    // Any client may write the count; it is bounded before anything is made
+    // of it.
     m_desktopCount = count && !count->isEmpty() && count->first() > 0
-                         ? std::optional<quint32>(count->first())
+                         ? std::optional<quint32>(std::min(count->first(), X11Client::MaxDesktops))
                          : std::nullopt;
     m_currentDesktop = current && !current->isEmpty() ? current->first() : 0;
 }
 
+QList<xcb_window_t> X11WindowCache::readTopLevels()
+{
+    // The mapped top-level windows that a window manager would manage, in
+    // stacking order, bottom first.
+    xcb_connection_t* c = m_connection->get();
+    auto tree = reply(xcb_query_tree_reply(c, xcb_query_tree(c, m_connection->root()), nullptr));
+    if (!tree)
+        return {};
+    const xcb_window_t* children = xcb_query_tree_children(tree.get());
+    const int count = xcb_query_tree_children_length(tree.get());
+    const int first = std::max(0, count - int(MaxClients)); // the topmost ones
+    QList<xcb_get_window_attributes_cookie_t> cookies;
+    for (int i = first; i < count; ++i)
+        cookies.append(xcb_get_window_attributes(c, children[i]));
+    QList<xcb_window_t> out;
+    for (int i = first; i < count; ++i) {
+        xcb_generic_error_t* error = nullptr;
+        auto a = reply(xcb_get_window_attributes_reply(c, cookies[i - first], &error));
+        std::free(error);
+        if (a && a->map_state == XCB_MAP_STATE_VIEWABLE && !a->override_redirect &&
+            a->_class == XCB_WINDOW_CLASS_INPUT_OUTPUT)
+            out.append(children[i]);
+    }
+    return out;
+}
+
+void X11WindowCache::readTopLevelsLater()
+{
+    // Events come in bursts (a window mapped, configured, restacked); one
+    // reading after the burst does for all of them.
+    if (m_topLevelsPending)
+        return;
+    m_topLevelsPending = true;
+    QMetaObject::invokeMethod(this, &X11WindowCache::readTopLevelsNow, Qt::QueuedConnection);
+}
+
+void X11WindowCache::readTopLevelsNow()
+{
+    m_topLevelsPending = false;
+    if (hasWindowManager())
+        return;
+    setClients(readTopLevels());
+    m_stacking = m_clientOrder;
+    if (!client(m_active))
+        m_active = NoWindow;
+    emit clientsChanged();
+}
+
 void X11WindowCache::fetch(const QList<xcb_window_t>& windows, unsigned fields)
 {
-    xcb_connection_t* c = m_connection->get();
-    auto a = [this](Atom which) { return m_connection->atom(which); };
-    QList<Cookies> cookies;
-    cookies.reserve(windows.size());
+    QList<X11Client*> clients;
+    clients.reserve(windows.size());
     for (xcb_window_t w : windows) {
-        Cookies k{w, {}, {}, {}, {}, {}, {}, {}, {}, {}};
-        k.pid = request(c, fields & PidField, w, a(Atom::NetWmPid), XCB_ATOM_CARDINAL);
-        k.wmClass = request(c, fields & ClassField, w, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING);
-        k.gtkId =
-            request(c, fields & GtkIdField, w, a(Atom::GtkApplicationId), a(Atom::Utf8String));
-        k.netName = request(c, fields & NameField, w, a(Atom::NetWmName), a(Atom::Utf8String));
-        k.wmName = request(c, fields & NameField, w, XCB_ATOM_WM_NAME, XCB_ATOM_ANY);
-        k.type = request(c, fields & TypeField, w, a(Atom::NetWmWindowType), XCB_ATOM_ATOM);
-        k.state = request(c, fields & StateField, w, a(Atom::NetWmState), XCB_ATOM_ATOM);
-        k.desktop = request(c, fields & DesktopField, w, a(Atom::NetWmDesktop), XCB_ATOM_CARDINAL);
-        k.hints = request(c, fields & HintsField, w, XCB_ATOM_WM_HINTS, XCB_ATOM_WM_HINTS);
-        cookies.append(k);
+        auto it = m_clients.find(w);
+        if (it != m_clients.end())
+            clients.append(&*it);
     }
-
-    QList<xcb_window_t> withoutPid;
-    for (const Cookies& k : cookies) {
-        auto it = m_clients.find(k.window);
-        const bool known = it != m_clients.end();
-        X11Client scratch;
-        X11Client& cl = known ? *it : scratch;
-        if (k.pid) {
-            const QList<quint32> v = values32(take(c, k.pid).get());
-            cl.pid = v.isEmpty() ? 0 : Pid(v.first());
-            if (!cl.pid)
-                withoutPid.append(k.window);
-        }
-        if (k.wmClass) {
-            const auto raw = text(take(c, k.wmClass).get(), false).value_or(QString());
-            const QStringList parts = raw.split(QChar(0));
-            cl.instanceName = parts.value(0);
-            cl.className = parts.value(1);
-        }
-        if (k.gtkId) {
-            cl.gtkApplicationId = text(take(c, k.gtkId).get(), true);
-        }
-        if (k.netName) {
-            cl.netName = text(take(c, k.netName).get(), true);
-            auto r = take(c, k.wmName);
-            cl.wmName = text(r.get(), r && r->type == a(Atom::Utf8String));
-        }
-        if (k.type) {
-            cl.kind = X11Client::Kind::Normal;
-            for (quint32 t : values32(take(c, k.type).get())) {
-                if (t == a(Atom::NetWmWindowTypeNormal) || t == a(Atom::NetWmWindowTypeDialog))
-                    break;
-                if (t == a(Atom::NetWmWindowTypeUtility)) {
-                    cl.kind = X11Client::Kind::Utility;
-                    break;
-                }
-                if (t == a(Atom::NetWmWindowTypeDock) || t == a(Atom::NetWmWindowTypeDesktop) ||
-                    t == a(Atom::NetWmWindowTypeSplash) ||
-                    t == a(Atom::NetWmWindowTypeNotification)) {
-                    cl.kind = X11Client::Kind::Other;
-                    break;
-                }
-            }
-        }
-        if (k.state) {
-            const QList<quint32> states = values32(take(c, k.state).get());
-            cl.hidden = states.contains(a(Atom::NetWmStateHidden));
-            cl.skipTaskbar = states.contains(a(Atom::NetWmStateSkipTaskbar));
-            cl.sticky = states.contains(a(Atom::NetWmStateSticky));
-        }
-        if (k.desktop) {
-            const QList<quint32> v = values32(take(c, k.desktop).get());
-            cl.desktop = v.isEmpty() ? std::nullopt : std::optional<quint32>(v.first());
-        }
-        if (k.hints) {
-            auto r = take(c, k.hints);
-            xcb_icccm_wm_hints_t hints{};
-            cl.acceptsInput = true;
-            if (r && xcb_icccm_get_wm_hints_from_reply(&hints, r.get()) &&
-                (hints.flags & XCB_ICCCM_WM_HINT_INPUT))
-                cl.acceptsInput = hints.input != 0;
-        }
-    }
-    if (!withoutPid.isEmpty())
-        resolvePidsFromResources(withoutPid);
-}
-
-void X11WindowCache::resolvePidsFromResources(const QList<xcb_window_t>& windows)
-{
-    // xeyes, xlogo and other plain Xlib clients set no _NET_WM_PID; the
-    // X-Resource extension knows the pid of every local client.
-    if (!m_hasResourceExtension)
+    m_reader.read(clients, fields);
+    if (hasWindowManager())
         return;
-    xcb_connection_t* c = m_connection->get();
-    QList<xcb_res_query_client_ids_cookie_t> cookies;
-    for (xcb_window_t w : windows) {
-        xcb_res_client_id_spec_t spec{w, XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID};
-        cookies.append(xcb_res_query_client_ids(c, 1, &spec));
-    }
-    for (qsizetype i = 0; i < windows.size(); ++i) {
-        xcb_generic_error_t* error = nullptr;
-        auto r = reply(xcb_res_query_client_ids_reply(c, cookies[i], &error));
-        std::free(error);
-        if (!r)
-            continue;
-        for (auto it = xcb_res_query_client_ids_ids_iterator(r.get()); it.rem;
-             xcb_res_client_id_value_next(&it)) {
-            if (!(it.data->spec.mask & XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID) ||
-                xcb_res_client_id_value_value_length(it.data) < 1)
-                continue;
-            auto found = m_clients.find(windows[i]);
-            if (found != m_clients.end())
-                found->pid = Pid(*xcb_res_client_id_value_value(it.data));
-        }
+    // The states and desktops a dead window manager left on its windows
+    // are stale: every mapped window is shown.
+    for (X11Client* c : std::as_const(clients)) {
+        c->hidden = false;
+        c->desktop.reset();
     }
 }
 
-unsigned X11WindowCache::fieldOf(xcb_atom_t atom) const
+void X11WindowCache::onWindowManagerChanged()
 {
-    auto a = [this](Atom which) { return m_connection->atom(which); };
-    if (atom == a(Atom::NetWmPid))
-        return PidField;
-    if (atom == XCB_ATOM_WM_CLASS)
-        return ClassField;
-    if (atom == a(Atom::GtkApplicationId))
-        return GtkIdField;
-    if (atom == a(Atom::NetWmName) || atom == XCB_ATOM_WM_NAME)
-        return NameField;
-    if (atom == a(Atom::NetWmWindowType))
-        return TypeField;
-    if (atom == a(Atom::NetWmState))
-        return StateField;
-    if (atom == a(Atom::NetWmDesktop))
-        return DesktopField;
-    if (atom == XCB_ATOM_WM_HINTS)
-        return HintsField;
-    return 0;
+    qCDebug(lcX11Cache) << "window manager changed; reading all windows again";
+    reload();
+    qCDebug(lcX11Cache) << (hasWindowManager() ? "window manager present" : "no window manager");
+    emit clientsChanged();
+    emit desktopsChanged();
+    emit activeWindowChanged();
 }
 
 void X11WindowCache::onRootProperty(xcb_atom_t atom)
 {
     auto a = [this](Atom which) { return m_connection->atom(which); };
-    if (atom == a(Atom::NetClientList)) {
+    if (atom == a(Atom::NetSupportingWmCheck)) {
+        onWindowManagerChanged();
+    } else if (!hasWindowManager()) {
+        return; // the EWMH lists are nobody's now
+    } else if (atom == a(Atom::NetClientList)) {
         readClientList();
         readStacking();
         emit clientsChanged();
@@ -361,24 +372,58 @@ void X11WindowCache::onRootProperty(xcb_atom_t atom)
     } else if (atom == a(Atom::NetCurrentDesktop) || atom == a(Atom::NetNumberOfDesktops)) {
         readDesktops();
         emit desktopsChanged();
-    } else if (atom == a(Atom::NetSupportingWmCheck)) {
-        // A (re)started window manager re-manages every window.
-        qCDebug(lcX11Cache) << "window manager changed; reading all windows again";
-        reload();
-        emit clientsChanged();
-        emit desktopsChanged();
-        emit activeWindowChanged();
     }
 }
 
 void X11WindowCache::onClientProperty(X11Client& client, xcb_atom_t atom)
 {
-    const unsigned field = fieldOf(atom);
+    const unsigned field = m_reader.fieldOf(atom);
     if (!field)
         return;
     fetch({client.id}, field);
-    if (field & (PidField | ClassField | GtkIdField | TypeField | StateField))
+    using R = X11ClientReader;
+    if (field & (R::PidField | R::ClassField | R::GtkIdField | R::TypeField | R::StateField))
         emit clientsChanged();
+}
+
+void X11WindowCache::handleWithoutWindowManager(uint8_t type, xcb_generic_event_t* event)
+{
+    const xcb_window_t root = m_connection->root();
+    switch (type) {
+    case XCB_MAP_NOTIFY: {
+        auto* e = reinterpret_cast<xcb_map_notify_event_t*>(event);
+        // Menus and tooltips (and this program's overlay) are no clients.
+        if (e->event == root && !e->override_redirect)
+            readTopLevelsLater();
+        break;
+    }
+    case XCB_UNMAP_NOTIFY: {
+        auto* e = reinterpret_cast<xcb_unmap_notify_event_t*>(event);
+        if (e->event == root && client(e->window))
+            readTopLevelsLater();
+        break;
+    }
+    case XCB_DESTROY_NOTIFY: {
+        auto* e = reinterpret_cast<xcb_destroy_notify_event_t*>(event);
+        if (e->event == root && client(e->window))
+            readTopLevelsLater();
+        break;
+    }
+    case XCB_REPARENT_NOTIFY: {
+        auto* e = reinterpret_cast<xcb_reparent_notify_event_t*>(event);
+        if (e->event == root && (e->parent == root || client(e->window)))
+            readTopLevelsLater();
+        break;
+    }
+    case XCB_CONFIGURE_NOTIFY: {
+        auto* e = reinterpret_cast<xcb_configure_notify_event_t*>(event);
+        if (e->event == root && client(e->window))
+            readTopLevelsLater(); // it may have been restacked
+        break;
+    }
+    default:
+        break;
+    }
 }
 
 bool X11WindowCache::nativeEventFilter(const QByteArray& eventType, void* message, qintptr*)
@@ -386,7 +431,8 @@ bool X11WindowCache::nativeEventFilter(const QByteArray& eventType, void* messag
     if (eventType != "xcb_generic_event_t")
         return false;
     auto* event = static_cast<xcb_generic_event_t*>(message);
-    switch (event->response_type & 0x7f) {
+    const uint8_t type = event->response_type & 0x7f;
+    switch (type) {
     case XCB_KEY_PRESS:
     case XCB_KEY_RELEASE:
     case XCB_BUTTON_PRESS:
@@ -405,6 +451,20 @@ bool X11WindowCache::nativeEventFilter(const QByteArray& eventType, void* messag
         }
         break;
     }
+    case XCB_DESTROY_NOTIFY:
+        if (m_wmCheck != NoWindow &&
+            reinterpret_cast<xcb_destroy_notify_event_t*>(event)->window == m_wmCheck) {
+            onWindowManagerChanged();
+            break;
+        }
+        [[fallthrough]];
+    case XCB_MAP_NOTIFY:
+    case XCB_UNMAP_NOTIFY:
+    case XCB_REPARENT_NOTIFY:
+    case XCB_CONFIGURE_NOTIFY:
+        if (!hasWindowManager())
+            handleWithoutWindowManager(type, event);
+        break;
     default:
         break;
     }

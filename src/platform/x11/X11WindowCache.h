@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/x11/X11Client.h"
+#include "platform/x11/X11ClientReader.h"
 #include "platform/x11/X11Connection.h"
 
 #include <QAbstractNativeEventFilter>
@@ -14,8 +15,11 @@
 namespace velkor::x11 {
 
 // The managed windows, their stacking, the active window and the desktops,
-// read once and then kept current from PropertyNotify events on the root and
-// on each client, so that a key press costs no round trips.
+// read once and then kept current from events on the root and on each
+// client, so that a key press costs no round trips. With an EWMH window
+// manager the lists come from its root properties; without one (it died, or
+// none was started) the clients are the mapped top-level windows, read from
+// the window tree and kept current from its structure events.
 class X11WindowCache final : public QObject, public QAbstractNativeEventFilter
 {
     Q_OBJECT
@@ -30,6 +34,10 @@ public:
     QList<const X11Client*> frontToBack() const;
     // Managed windows in the window manager's mapping order.
     QList<const X11Client*> inClientOrder() const;
+
+    // Whether an EWMH window manager runs: its check window names itself.
+    // Without one, requests go to the windows themselves.
+    bool hasWindowManager() const { return m_wmCheck != NoWindow; }
 
     xcb_window_t activeWindow() const { return m_active; }
     std::optional<quint32> desktopCount() const { return m_desktopCount; }
@@ -46,8 +54,11 @@ public:
     // Whether window is the one last raised for its app and not taken yet;
     // it is taken now.
     bool takePendingRaise(xcb_window_t window);
+    // Without a window manager nobody announces the focus: this program
+    // gave window the input focus.
+    void noteFocused(xcb_window_t window);
 
-    // Reads everything again (after a window manager restart).
+    // Reads everything again (after a window manager came or went).
     void reload();
 
     bool nativeEventFilter(const QByteArray& eventType, void* message, qintptr* result) override;
@@ -59,31 +70,24 @@ signals:
     void desktopsChanged();
 
 private:
-    enum Field : unsigned
-    {
-        PidField = 1u << 0,
-        ClassField = 1u << 1,
-        GtkIdField = 1u << 2,
-        NameField = 1u << 3,
-        TypeField = 1u << 4,
-        StateField = 1u << 5,
-        DesktopField = 1u << 6,
-        HintsField = 1u << 7,
-        AllFields = 0xFF
-    };
-
-    void watchRoot();
+    void readWindowManager();
+    void selectRootEvents();
+    void setClients(QList<xcb_window_t> windows);
     void readClientList();
     void readStacking();
     void readActive();
     void readDesktops();
+    QList<xcb_window_t> readTopLevels();
+    void readTopLevelsLater();
+    void readTopLevelsNow();
     void fetch(const QList<xcb_window_t>& windows, unsigned fields);
-    void resolvePidsFromResources(const QList<xcb_window_t>& windows);
     void onRootProperty(xcb_atom_t atom);
     void onClientProperty(X11Client& client, xcb_atom_t atom);
-    unsigned fieldOf(xcb_atom_t atom) const;
+    void onWindowManagerChanged();
+    void handleWithoutWindowManager(uint8_t type, xcb_generic_event_t* event);
 
     std::shared_ptr<X11Connection> m_connection;
+    X11ClientReader m_reader;
     QHash<xcb_window_t, X11Client> m_clients;
     QList<xcb_window_t> m_clientOrder;
     QList<xcb_window_t> m_stacking; // bottom to top
@@ -91,7 +95,9 @@ private:
     std::optional<quint32> m_desktopCount;
     quint32 m_currentDesktop = 0;
     QHash<Pid, xcb_window_t> m_raised;
-    bool m_hasResourceExtension = false;
+    xcb_window_t m_wmCheck = NoWindow;
+    uint32_t m_qtRootMask = 0; // what Qt selected on the root before us
+    bool m_topLevelsPending = false;
 };
 
 } // namespace velkor::x11

@@ -2,11 +2,21 @@
 #include "platform/x11/X11WindowSystem.h"
 
 #include "platform/x11/X11WindowCache.h"
+#include "platform/x11/X11WindowRequests.h"
 
+#include <algorithm>
 #include <cmath>
 #include <xcb/xcb_icccm.h>
 
 namespace velkor::x11 {
+
+namespace {
+
+// Wider than any window decoration; a frame extent beyond it is a client's
+// mistake.
+constexpr quint32 MaxFrameExtent = 4096;
+
+} // namespace
 
 X11WindowSystem::X11WindowSystem(std::shared_ptr<X11WindowCache> cache)
     : m_owner(cache), m_cache(*cache)
@@ -58,22 +68,16 @@ void X11WindowSystem::raise(const WindowHandle& window)
     // only if no activation took it by the time this event is handled, so
     // the window manager gets one request on the way to focus, not two.
     if (!m_cache.noteRaised(id)) {
-        restack(m_cache.connection(), id);
+        X11WindowRequests::raise(m_cache, id);
         return;
     }
     QMetaObject::invokeMethod(
         &m_cache,
         [&cache = m_cache, id] {
             if (cache.takePendingRaise(id))
-                restack(cache.connection(), id);
+                X11WindowRequests::raise(cache, id);
         },
         Qt::QueuedConnection);
-}
-
-void X11WindowSystem::restack(X11Connection& x, xcb_window_t window)
-{
-    x.sendRootMessage(window, Atom::NetRestackWindow, {2, NoWindow, XCB_STACK_MODE_ABOVE, 0, 0});
-    x.flush();
 }
 
 void X11WindowSystem::setMinimized(const WindowHandle& window, bool minimized)
@@ -91,12 +95,7 @@ void X11WindowSystem::setMinimized(const WindowHandle& window, bool minimized)
 
 void X11WindowSystem::close(const WindowHandle& window)
 {
-    const xcb_window_t id = idOf(window);
-    if (!m_cache.client(id))
-        return;
-    X11Connection& x = m_cache.connection();
-    x.sendRootMessage(id, Atom::NetCloseWindow, {x.time(), 2, 0, 0, 0});
-    x.flush();
+    X11WindowRequests::close(m_cache, idOf(window));
 }
 
 void X11WindowSystem::setFrontmost(Pid)
@@ -127,8 +126,13 @@ std::optional<QRectF> X11WindowSystem::frameOf(const WindowHandle& window)
     std::free(error);
     if (!geometry || !origin)
         return std::nullopt;
-    QList<quint32> extents = values32(extentsReply.get()); // left, right, top, bottom
-    if (extents.size() != 4)
+    // Left, right, top, bottom: as the window manager wrote them, unless some
+    // client wrote nonsense or the window manager that wrote them is gone.
+    QList<quint32> extents = values32(extentsReply.get());
+    const bool sane = extents.size() == 4 && m_cache.hasWindowManager() &&
+                      std::all_of(extents.cbegin(), extents.cend(),
+                                  [](quint32 e) { return e <= MaxFrameExtent; });
+    if (!sane)
         extents = {0, 0, 0, 0};
     return QRectF(origin->dst_x - qreal(extents[0]), origin->dst_y - qreal(extents[2]),
                   geometry->width + qreal(extents[0] + extents[1]),
@@ -137,9 +141,14 @@ std::optional<QRectF> X11WindowSystem::frameOf(const WindowHandle& window)
 
 void X11WindowSystem::warpPointer(QPointF globalPoint)
 {
+    // X coordinates are 16-bit; a frame read from hostile properties must
+    // not wrap the pointer to the other side.
+    const auto coordinate = [](qreal v) {
+        return int16_t(std::lround(std::clamp(v, -32768.0, 32767.0)));
+    };
     X11Connection& x = m_cache.connection();
-    xcb_warp_pointer(x.get(), NoWindow, x.root(), 0, 0, 0, 0, int16_t(std::lround(globalPoint.x())),
-                     int16_t(std::lround(globalPoint.y())));
+    xcb_warp_pointer(x.get(), NoWindow, x.root(), 0, 0, 0, 0, coordinate(globalPoint.x()),
+                     coordinate(globalPoint.y()));
     x.flush();
 }
 

@@ -8,7 +8,6 @@
 
 namespace velkor::x11 {
 
-class X11Connection;
 class X11WindowCache;
 
 // A managed top-level window, by its X id.
@@ -19,8 +18,9 @@ public:
     const xcb_window_t window;
 };
 
-// One app's windows in stacking order, and what can be done to a window,
-// through EWMH requests to the window manager.
+// One app's windows in stacking order, and what can be done to a window:
+// EWMH requests to the window manager, or requests to the window itself
+// while there is none.
 class X11WindowSystem final : public WindowSystem
 {
 public:
@@ -38,8 +38,6 @@ public:
     static xcb_window_t idOf(const WindowHandle& window);
 
 private:
-    static void restack(X11Connection& x, xcb_window_t window);
-
     std::shared_ptr<X11WindowCache> m_owner;
     X11WindowCache& m_cache;
 };

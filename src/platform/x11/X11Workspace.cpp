@@ -3,21 +3,27 @@
 
 #include "platform/x11/Gio.h"
 #include "platform/x11/X11WindowCache.h"
+#include "platform/x11/X11WindowRequests.h"
 
 #include <QGuiApplication>
 #include <QLoggingCategory>
+#include <sys/stat.h>
 #include <xcb/xcb_icccm.h>
 
 Q_LOGGING_CATEGORY(lcX11Workspace, "velkor.x11.workspace", QtInfoMsg)
 
 namespace velkor::x11 {
 
-X11Workspace::X11Workspace(std::shared_ptr<X11WindowCache> cache, Pid ownPid, QObject* parent)
-    : Workspace(parent), m_owner(cache), m_cache(*cache), m_ownPid(ownPid)
+X11Workspace::X11Workspace(std::shared_ptr<X11WindowCache> cache,
+                           std::shared_ptr<XdgDesktopEntryIndex> entries, Pid ownPid,
+                           QObject* parent)
+    : Workspace(parent), m_owner(cache), m_cache(*cache), m_entries(std::move(entries)),
+      m_ownPid(ownPid)
 {
     m_lastApps = runningApplications();
     m_lastFrontmost = frontmostPid();
     connect(&m_cache, &X11WindowCache::clientsChanged, this, &X11Workspace::onClientsChanged);
+    connect(m_entries.get(), &XdgDesktopEntryIndex::changed, this, &X11Workspace::onClientsChanged);
     connect(&m_cache, &X11WindowCache::activeWindowChanged, this,
             &X11Workspace::onActiveWindowChanged);
 }
@@ -45,7 +51,7 @@ RunningApp X11Workspace::describe(Pid pid, const QList<const X11Client*>& window
         }
     }
     if (auto entry =
-            m_entries.match(named->gtkApplicationId, named->className, named->instanceName)) {
+            m_entries->match(named->gtkApplicationId, named->className, named->instanceName)) {
         app.bundleId = entry->id;
         app.name = entry->name;
         app.bundlePath = entry->path;
@@ -129,10 +135,8 @@ void X11Workspace::hide(Pid pid)
 
 void X11Workspace::terminate(Pid pid)
 {
-    X11Connection& x = m_cache.connection();
     for (const X11Client* c : windowsOf(pid))
-        x.sendRootMessage(c->id, Atom::NetCloseWindow, {x.time(), 2, 0, 0, 0});
-    x.flush();
+        X11WindowRequests::close(m_cache, c->id);
 }
 
 void X11Workspace::activate(Pid pid)
@@ -178,16 +182,23 @@ void X11Workspace::sendPendingActivation()
     // openbox ignores activating a window on another desktop.
     if (m_cache.desktopCount() && !c->onDesktop(m_cache.currentDesktop()))
         x.sendRootMessage(x.root(), Atom::NetCurrentDesktop, {*c->desktop, x.time(), 0, 0, 0});
-    // Source indication 2: a pager acting for the user. Windows that take no
-    // input focus are raised but never become active; nobody waits for it.
-    x.sendRootMessage(window, Atom::NetActiveWindow, {2, x.time(), 0, 0, 0});
-    x.flush();
+    // Windows that take no input focus are raised but never become active;
+    // nobody waits for it.
+    X11WindowRequests::activate(m_cache, window);
 }
 
 void X11Workspace::openApplication(const QString& bundlePath)
 {
+    // GIO opens the file as it is: it must still be a regular file, or the
+    // open could hold the main thread (a FIFO put in its place).
+    const QByteArray path = bundlePath.toUtf8();
+    struct stat st;
+    if (::stat(path.constData(), &st) != 0 || !S_ISREG(st.st_mode)) {
+        qCWarning(lcX11Workspace) << "no desktop entry at" << bundlePath;
+        return;
+    }
     std::unique_ptr<GDesktopAppInfo, decltype(&g_object_unref)> info(
-        g_desktop_app_info_new_from_filename(bundlePath.toUtf8().constData()), &g_object_unref);
+        g_desktop_app_info_new_from_filename(path.constData()), &g_object_unref);
     if (!info) {
         qCWarning(lcX11Workspace) << "no desktop entry at" << bundlePath;
         return;

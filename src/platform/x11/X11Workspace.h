@@ -16,11 +16,14 @@ struct X11Client;
 
 // Running apps on X11: the processes that own managed windows, grouped by
 // pid and named after their desktop entries. Launch, terminate and activate
-// notifications come from the cache's PropertyNotify handling.
+// notifications come from the cache's event handling, and from the entries
+// when a new reading of the folders renames an app.
 class X11Workspace final : public Workspace
 {
 public:
-    X11Workspace(std::shared_ptr<X11WindowCache> cache, Pid ownPid, QObject* parent = nullptr);
+    X11Workspace(std::shared_ptr<X11WindowCache> cache,
+                 std::shared_ptr<XdgDesktopEntryIndex> entries, Pid ownPid,
+                 QObject* parent = nullptr);
 
     QList<RunningApp> runningApplications() const override;
     std::optional<Pid> frontmostPid() const override;
@@ -42,8 +45,8 @@ private:
 
     std::shared_ptr<X11WindowCache> m_owner;
     X11WindowCache& m_cache;
+    std::shared_ptr<XdgDesktopEntryIndex> m_entries;
     Pid m_ownPid;
-    mutable XdgDesktopEntryIndex m_entries;
     QList<RunningApp> m_lastApps;
     std::optional<Pid> m_lastFrontmost;
     xcb_window_t m_pendingActivation = 0;

@@ -1,27 +1,26 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "platform/x11/XdgDesktopEntry.h"
+
 #include <QHash>
+#include <QObject>
 #include <QString>
 #include <optional>
 
 namespace velkor::x11 {
 
-// One XDG desktop entry as the switcher names an app.
-struct DesktopEntry
+// Finds the desktop entry of a running app's window. A desktop id is looked
+// up by probing the few files it can name, as windows appear; the window
+// classes entries name (StartupWMClass) come from the last scan of the
+// folders, which reads every file and so runs on a worker, never holding up
+// the main thread. GIO's app-info machinery would answer the same, but
+// loading it costs a thread, folder monitors and a megabyte that an idle
+// switcher keeps for good. Answers are remembered per window identity until
+// the next scan.
+class XdgDesktopEntryIndex final : public QObject
 {
-    QString id;   // desktop id without ".desktop", e.g. org.gnome.Calculator
-    QString name; // localised Name
-    QString path; // the .desktop file
-};
-
-// Finds the desktop entry of a running app's window by reading desktop
-// files with GLib's key-file parser. GIO's app-info machinery would answer
-// the same, but loading it costs a thread, folder monitors and a megabyte
-// that an idle switcher keeps for good. Answers are remembered per window
-// identity, so only the first window of an app pays for the lookup.
-class XdgDesktopEntryIndex final
-{
+    Q_OBJECT
 public:
     // In this order: _GTK_APPLICATION_ID as a desktop id, StartupWMClass =
     // the WM_CLASS class, then = its instance, then a desktop id equal to the
@@ -29,13 +28,16 @@ public:
     std::optional<DesktopEntry> match(const std::optional<QString>& gtkApplicationId,
                                       const QString& className, const QString& instanceName);
 
-private:
-    std::optional<DesktopEntry> byStartupWmClass(const QString& wmClass);
-    const QHash<QString, DesktopEntry>& wmClassIndex();
+    // The window classes a scan found; answers given before are dropped.
+    void setWindowClasses(QHash<QString, DesktopEntry> classes);
 
+signals:
+    // Answers given before may have changed.
+    void changed();
+
+private:
     QHash<QString, std::optional<DesktopEntry>> m_answers;
-    // StartupWMClass → entry, read on first need.
-    std::optional<QHash<QString, DesktopEntry>> m_wmClassIndex;
+    QHash<QString, DesktopEntry> m_windowClasses;
 };
 
 } // namespace velkor::x11

@@ -78,12 +78,17 @@ std::unique_ptr<Preferences> VelkorInstance::preferences() const
         configHome() + QLatin1String("/Velkor/Velkor.conf"), QSettings::IniFormat));
 }
 
-bool VelkorInstance::start(int timeoutMs)
+bool VelkorInstance::launch()
 {
     m_output.clear();
     m_process.setProcessEnvironment(environment());
     m_process.start(binary(), {});
-    if (!m_process.waitForStarted(5000))
+    return m_process.waitForStarted(5000);
+}
+
+bool VelkorInstance::start(int timeoutMs)
+{
+    if (!launch())
         return false;
     const bool ready = m_desktop.waitFor(
         [&] {
@@ -108,6 +113,13 @@ bool VelkorInstance::stop()
     }
     log();
     return m_process.exitStatus() == QProcess::NormalExit && m_process.exitCode() == 0;
+}
+
+std::optional<int> VelkorInstance::exitCode() const
+{
+    if (isRunning() || m_process.exitStatus() != QProcess::NormalExit)
+        return std::nullopt;
+    return m_process.exitCode();
 }
 
 QString VelkorInstance::log()

@@ -4,6 +4,7 @@
 #include <QProcess>
 #include <QString>
 #include <memory>
+#include <optional>
 
 namespace velkor {
 class Preferences;
@@ -42,9 +43,14 @@ public:
     // Starts it and waits for the key monitor's verdict; true once the key
     // hook is in place.
     bool start(int timeoutMs = 10000);
+    // Starts it without waiting for anything but the exec, for callers that
+    // watch the start-up themselves (the start-up benchmark).
+    bool launch();
     // SIGTERM and wait; true when it exited on its own with status 0.
     bool stop();
     bool isRunning() const { return m_process.state() != QProcess::NotRunning; }
+    // The status it exited with by itself; absent while it runs or after a crash.
+    std::optional<int> exitCode() const;
     qint64 pid() const { return m_process.processId(); }
 
     // Everything it wrote to stdout and stderr so far.

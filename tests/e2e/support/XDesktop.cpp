@@ -136,19 +136,20 @@ bool XDesktop::startWindowManager()
     m_windowManager->setProcessEnvironment(environment());
     m_windowManager->setProcessChannelMode(QProcess::ForwardedErrorChannel);
     m_windowManager->start(QStringLiteral("openbox"), {});
-    // A window manager is up once its check window exists and names itself
-    // (a stale root property may name one that is gone).
-    const bool up = waitFor(
-        [&] {
-            const auto check = cardinals(m_root, "_NET_SUPPORTING_WM_CHECK", XCB_ATOM_WINDOW);
-            return !check.isEmpty() &&
-                   cardinals(check.first(), "_NET_SUPPORTING_WM_CHECK", XCB_ATOM_WINDOW) == check &&
-                   !cardinals(m_root, "_NET_NUMBER_OF_DESKTOPS", XCB_ATOM_CARDINAL).isEmpty();
-        },
-        10000);
+    const bool up = waitFor([&] { return windowManagerIsUp(); }, 10000);
     if (!up)
         m_error = QStringLiteral("openbox did not come up");
     return up;
+}
+
+bool XDesktop::windowManagerIsUp() const
+{
+    // A window manager is up once its check window exists and names itself
+    // (a stale root property may name one that is gone).
+    const auto check = cardinals(m_root, "_NET_SUPPORTING_WM_CHECK", XCB_ATOM_WINDOW);
+    return !check.isEmpty() &&
+           cardinals(check.first(), "_NET_SUPPORTING_WM_CHECK", XCB_ATOM_WINDOW) == check &&
+           !cardinals(m_root, "_NET_NUMBER_OF_DESKTOPS", XCB_ATOM_CARDINAL).isEmpty();
 }
 
 void XDesktop::stopWindowManager()
@@ -156,6 +157,44 @@ void XDesktop::stopWindowManager()
     if (m_windowManager)
         stopProcess(*m_windowManager);
     m_windowManager.reset();
+}
+
+void XDesktop::killWindowManager()
+{
+    if (m_windowManager) {
+        m_windowManager->kill();
+        m_windowManager->waitForFinished(5000);
+    }
+    m_windowManager.reset();
+}
+
+bool XDesktop::replaceWindowManager()
+{
+    const auto before = cardinals(m_root, "_NET_SUPPORTING_WM_CHECK", XCB_ATOM_WINDOW);
+    std::unique_ptr<QProcess> previous = std::move(m_windowManager);
+    m_windowManager = std::make_unique<QProcess>();
+    dieWithParent(*m_windowManager);
+    m_windowManager->setProcessEnvironment(environment());
+    m_windowManager->setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    m_windowManager->start(QStringLiteral("openbox"), {QStringLiteral("--replace")});
+    const bool up = waitFor(
+        [&] {
+            return windowManagerIsUp() &&
+                   cardinals(m_root, "_NET_SUPPORTING_WM_CHECK", XCB_ATOM_WINDOW) != before;
+        },
+        10000);
+    // The one replaced leaves by itself.
+    const bool left =
+        !previous || previous->state() == QProcess::NotRunning || previous->waitForFinished(10000);
+    if (!up || !left)
+        m_error = QStringLiteral("openbox did not take over");
+    return up && left;
+}
+
+void XDesktop::killServer()
+{
+    m_server.kill();
+    m_server.waitForFinished(5000);
 }
 
 xcb_window_t XDesktop::launch(const QString& program, const QStringList& arguments,
@@ -297,7 +336,35 @@ QList<quint32> XDesktop::cardinals(xcb_window_t window, const char* property, xc
 
 QList<xcb_window_t> XDesktop::clients() const
 {
-    return cardinals(m_root, "_NET_CLIENT_LIST", XCB_ATOM_WINDOW);
+    if (m_windowManager) // it may have left a stale list behind otherwise
+        return cardinals(m_root, "_NET_CLIENT_LIST", XCB_ATOM_WINDOW);
+    QList<xcb_window_t> windows = topLevelsFrontFirst();
+    std::reverse(windows.begin(), windows.end());
+    return windows;
+}
+
+QList<xcb_window_t> XDesktop::topLevelsFrontFirst() const
+{
+    QList<xcb_window_t> out;
+    auto tree =
+        reply(xcb_query_tree_reply(m_connection, xcb_query_tree(m_connection, m_root), nullptr));
+    if (!tree)
+        return out;
+    const xcb_window_t* children = xcb_query_tree_children(tree.get());
+    for (int i = xcb_query_tree_children_length(tree.get()) - 1; i >= 0; --i) {
+        auto a = reply(xcb_get_window_attributes_reply(
+            m_connection, xcb_get_window_attributes(m_connection, children[i]), nullptr));
+        if (a && a->map_state == XCB_MAP_STATE_VIEWABLE && !a->override_redirect)
+            out.append(children[i]);
+    }
+    return out;
+}
+
+xcb_window_t XDesktop::inputFocus() const
+{
+    auto r =
+        reply(xcb_get_input_focus_reply(m_connection, xcb_get_input_focus(m_connection), nullptr));
+    return r ? r->focus : 0;
 }
 
 QList<xcb_window_t> XDesktop::stackingFrontFirst() const

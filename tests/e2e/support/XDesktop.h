@@ -62,6 +62,12 @@ public:
     // The window manager: started by start(); stop and start it again.
     bool startWindowManager();
     void stopWindowManager();
+    // Kills it (SIGKILL): everything it wrote on the root stays behind.
+    void killWindowManager();
+    // Starts another one that takes over from the running one.
+    bool replaceWindowManager();
+    // Kills the X server itself (SIGKILL).
+    void killServer();
 
     // Starts an X client and waits for its managed window of this WM_CLASS
     // class; 0 when none appears in time.
@@ -89,10 +95,14 @@ public:
     // are kept apart by more than a double tap's 0.35 s.
     void holding(int holdKey, const std::function<void()>& inside);
 
-    // What the server says now.
+    // What the server says now. The clients are the window manager's list,
+    // or without one the mapped top-level windows, bottom first.
     QList<xcb_window_t> clients() const;
     QList<xcb_window_t> stackingFrontFirst() const;
     xcb_window_t activeWindow() const;
+    xcb_window_t inputFocus() const;
+    // The mapped top-level windows other than menus and popups, front first.
+    QList<xcb_window_t> topLevelsFrontFirst() const;
     QString wmClass(xcb_window_t window) const;
     QString activeClass() const { return wmClass(activeWindow()); }
     std::optional<quint32> currentDesktop() const;
@@ -126,6 +136,7 @@ public:
 
 private:
     xcb_atom_t atom(const char* name) const;
+    bool windowManagerIsUp() const;
     QList<quint32> cardinals(xcb_window_t window, const char* property, xcb_atom_t type) const;
     void sendRootMessage(xcb_window_t window, const char* type, QList<quint32> data);
     void sync() const;
