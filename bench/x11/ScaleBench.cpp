@@ -80,7 +80,7 @@ int runScale(const Options& options)
         report(QStringLiteral("velkor_scan_worker_5000_wall_ms"), start.scanWall.value_or(-1));
         report(QStringLiteral("velkor_scan_worker_5000_cpu_ms"), start.scanCpu.value_or(-1));
     }
-    if (!velkor->isRunning() || !velkor->log().contains(QLatin1String("event tap installed"))) {
+    if (!velkor->isRunning() || !velkor->logSaysKeyGrabbed()) {
         std::fprintf(stderr, "velkor did not start among 500 windows\n%s\n",
                      qPrintable(velkor->log()));
         return 1;

@@ -85,7 +85,7 @@ StartFigures followStart(e2e::VelkorInstance& velkor, GrabProbe& probe, double t
     while (msSince(start) < timeoutMs && velkor.isRunning()) {
         // Velkor's output reaches us through the event loop.
         QCoreApplication::processEvents();
-        if (!logSeen && velkor.log().contains(QLatin1String("[Velkor] event tap installed"))) {
+        if (!logSeen && velkor.logSaysKeyGrabbed()) {
             logSeen = true;
             f.toLogLine = msSince(start);
         }

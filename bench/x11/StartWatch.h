@@ -42,7 +42,7 @@ private:
 struct StartFigures
 {
     std::optional<double> toGrab;              // exec to the grab seen by the probe
-    std::optional<double> toLogLine;           // exec to "[Velkor] event tap installed" read
+    std::optional<double> toLogLine;           // exec to the "activation key … grabbed" line read
     std::optional<double> mainThreadCpuAtGrab; // main thread's CPU time by then
     std::optional<double> scanWall;            // scan thread first seen to gone
     std::optional<double> scanCpu;             // its CPU time, last read before it ended

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "app/AppDelegate.h"
 
+#include "app/FirstStartNotice.h"
 #include "app/PermissionsManager.h"
 #include "app/ShellWindows.h"
 #include "app/StatusItemController.h"
@@ -19,7 +20,8 @@ Q_LOGGING_CATEGORY(lcApp, "velkor.app")
 namespace velkor {
 
 AppDelegate::AppDelegate(std::unique_ptr<Platform> platform, QObject* parent)
-    : QObject(parent), m_platform(std::move(platform))
+    : QObject(parent), m_platform(std::move(platform)),
+      m_traits(PlatformTraits::forPlatform(QGuiApplication::platformName()))
 {
     m_prefs = std::make_unique<Preferences>(Preferences::openUserStore());
     m_registry = std::make_unique<AppRegistry>(*m_platform->workspace,
@@ -33,16 +35,18 @@ AppDelegate::AppDelegate(std::unique_ptr<Platform> platform, QObject* parent)
                                   *m_platform->trust,
                                   *m_platform->loginItem,
                                   *m_platform->shell,
-                                  PlatformTraits::forPlatform(QGuiApplication::platformName()),
+                                  m_traits,
                                   QStringLiteral(VELKOR_VERSION)};
     m_windows = std::make_unique<ShellWindows>(context, [this] { permissionGranted(); });
-    m_menuModel = std::make_unique<StatusMenuModel>(*m_permissions);
+    m_menuModel = std::make_unique<StatusMenuModel>(*m_permissions, m_traits.keyNaming);
+    watchKeyMonitor();
 }
 
 AppDelegate::~AppDelegate()
 {
     if (m_watchdog)
         m_platform->clock->cancel(*m_watchdog);
+    m_notice.reset();
     // The coordinator holds the key monitor, which holds the platform's key
     // source: it goes before the platform.
     m_statusItem.reset();
@@ -102,15 +106,35 @@ void AppDelegate::permissionGranted()
     m_windows->closePermissions();
 }
 
+void AppDelegate::watchKeyMonitor()
+{
+    KeyMonitor& monitor = m_coordinator->keyMonitor();
+    // One line per change of state, not one per watchdog tick.
+    monitor.setAccessObserver([this](KeyAccess access) {
+        const QString line = keyAccessLogLine(access, m_prefs->modifierKey(), m_traits.keyNaming);
+        if (access == KeyAccess::active)
+            qInfo().noquote() << line;
+        else
+            qWarning().noquote() << line;
+        m_permissions->setMonitorAccess(access);
+    });
+    monitor.setActivationPressObserver([this] { m_permissions->noteActivationKeyPressed(); });
+}
+
 void AppDelegate::startMonitoring()
 {
     m_coordinator->keyMonitor().start();
     if (m_watchdog)
         return;
     // The watchdog brings the activation key back within three seconds when
-    // the platform has switched the key source off (on X11: lost grabs).
+    // the platform has switched the key source off, or another program lets
+    // go of the key; an earlier start that failed is tried again.
     m_watchdog = m_platform->clock->callEvery(
-        WatchdogSeconds, [this] { m_coordinator->keyMonitor().reenableIfDisabled(); });
+        WatchdogSeconds, [this] { m_coordinator->keyMonitor().watchdogTick(); });
+    if (m_traits.showsFirstStartNotice)
+        m_notice = FirstStartNotice::showOnce(
+            m_prefs->store(), activationKeyLabel(m_prefs->modifierKey(), m_traits.keyNaming),
+            [this] { m_windows->showSettings(); });
 }
 
 } // namespace velkor

@@ -3,6 +3,7 @@
 
 #include "platform/Clock.h"
 #include "platform/Platform.h"
+#include "settings/PlatformTraits.h"
 
 #include <QObject>
 #include <memory>
@@ -12,6 +13,7 @@ namespace velkor {
 
 class AppCoordinator;
 class AppRegistry;
+class FirstStartNotice;
 class PermissionsManager;
 class Preferences;
 class ShellWindows;
@@ -56,6 +58,8 @@ private:
     // The onboarding callback: monitoring starts, the window closes.
     void permissionGranted();
     void installStatusItem();
+    // The key monitor's state goes to the log, the tray and the settings.
+    void watchKeyMonitor();
 
     std::unique_ptr<Platform> m_platform;
     std::unique_ptr<Preferences> m_prefs;
@@ -65,6 +69,8 @@ private:
     std::unique_ptr<ShellWindows> m_windows;
     std::unique_ptr<StatusMenuModel> m_menuModel;
     std::unique_ptr<StatusItemController> m_statusItem;
+    std::unique_ptr<FirstStartNotice> m_notice;
+    PlatformTraits m_traits;
     std::optional<Clock::TaskId> m_watchdog;
 };
 

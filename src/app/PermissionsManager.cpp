@@ -43,12 +43,32 @@ QString PermissionsManager::missingExplanation() const
     return m_trust.missingExplanation();
 }
 
+KeyAccess PermissionsManager::keyAccess() const
+{
+    return m_trusted ? m_monitorAccess : KeyAccess::notTrusted;
+}
+
+void PermissionsManager::setMonitorAccess(KeyAccess access)
+{
+    const KeyAccess before = keyAccess();
+    m_monitorAccess = access;
+    announceKeyAccess(before);
+}
+
 void PermissionsManager::setTrusted(bool trusted)
 {
     if (trusted == m_trusted)
         return;
+    const KeyAccess before = keyAccess();
     m_trusted = trusted;
     emit trustedChanged(trusted);
+    announceKeyAccess(before);
+}
+
+void PermissionsManager::announceKeyAccess(KeyAccess before)
+{
+    if (keyAccess() != before)
+        emit keyAccessChanged(keyAccess());
 }
 
 void PermissionsManager::poll()

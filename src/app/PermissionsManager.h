@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/Clock.h"
+#include "platform/KeySource.h"
 
 #include <QObject>
 #include <functional>
@@ -12,7 +13,8 @@ namespace velkor {
 class TrustCheck;
 
 // Knows whether the process may watch the keyboard and control windows, and
-// watches for the moment the user grants it.
+// watches for the moment the user grants it; and, once the key monitor runs,
+// whether the activation key really reaches it.
 class PermissionsManager : public QObject
 {
     Q_OBJECT
@@ -40,16 +42,29 @@ public:
     // What is missing, in one line, for the onboarding window.
     QString missingExplanation() const;
 
+    // Not trusted outranks what the key monitor last reported; before its
+    // first report a trusted process counts as active.
+    KeyAccess keyAccess() const;
+    void setMonitorAccess(KeyAccess access);
+
+    // The key monitor saw the activation key go down (the settings window's
+    // "press it now" check listens).
+    void noteActivationKeyPressed() { emit activationKeyPressed(); }
+
 signals:
     void trustedChanged(bool trusted);
+    void keyAccessChanged(KeyAccess access);
+    void activationKeyPressed();
 
 private:
     void setTrusted(bool trusted);
     void poll();
+    void announceKeyAccess(KeyAccess before);
 
     TrustCheck& m_trust;
     Clock& m_clock;
     bool m_trusted = false;
+    KeyAccess m_monitorAccess = KeyAccess::active;
     std::optional<Clock::TaskId> m_pollTask;
     std::function<void()> m_onGranted;
 };

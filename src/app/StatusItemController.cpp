@@ -2,6 +2,7 @@
 #include "app/StatusItemController.h"
 
 #include "app/MenuBarIcon.h"
+#include "app/PermissionsManager.h"
 #include "app/StatusMenuModel.h"
 
 #include <QCursor>
@@ -31,7 +32,10 @@ void StatusItemController::install()
         return;
     m_tray = new QSystemTrayIcon(this);
     m_tray->setIcon(MenuBarIcon::icon(QGuiApplication::palette().color(QPalette::WindowText)));
-    m_tray->setToolTip(QStringLiteral("Velkor"));
+    m_tray->setToolTip(m_model.toolTip());
+    // A key taken by another program shows at a glance, without opening the menu.
+    connect(&m_model.permissions(), &PermissionsManager::keyAccessChanged, m_tray,
+            [this] { m_tray->setToolTip(m_model.toolTip()); });
     m_tray->setContextMenu(m_menu.get());
     // A plain click opens the menu as well, as a menu-bar item does.
     connect(m_tray, &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason r) {

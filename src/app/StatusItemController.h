@@ -13,7 +13,7 @@ class StatusMenuModel;
 
 // The tray (menu-bar) item and its menu. The menu object stays the same for
 // the item's life; its entries are rebuilt from the model each time it opens,
-// so the first line shows the current permission state.
+// so the first line shows the current state of keyboard access.
 class StatusItemController : public QObject
 {
     Q_OBJECT

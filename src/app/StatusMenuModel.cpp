@@ -24,8 +24,8 @@ StatusMenuEntry separator()
 
 } // namespace
 
-StatusMenuModel::StatusMenuModel(PermissionsManager& permissions)
-    : m_permissions(permissions), m_version(QStringLiteral(VELKOR_VERSION))
+StatusMenuModel::StatusMenuModel(PermissionsManager& permissions, KeyNaming naming)
+    : m_permissions(permissions), m_naming(naming), m_version(QStringLiteral(VELKOR_VERSION))
 {}
 
 QList<StatusMenuEntry> StatusMenuModel::rebuild()
@@ -34,12 +34,23 @@ QList<StatusMenuEntry> StatusMenuModel::rebuild()
     return entries();
 }
 
+QString StatusMenuModel::toolTip() const
+{
+    return describeKeyAccess(m_permissions.keyAccess(), m_naming).toolTip;
+}
+
 QList<StatusMenuEntry> StatusMenuModel::entries() const
 {
+    const KeyAccess access = m_permissions.keyAccess();
+    const QString state = describeKeyAccess(access, m_naming).stateLine;
+    StatusMenuEntry stateEntry = label(state);
+    if (access == KeyAccess::notTrusted)
+        stateEntry = item(state, StatusMenuAction::openPermissions);
+    else if (access != KeyAccess::active)
+        // Another activation key is chosen in the settings window.
+        stateEntry = item(state, StatusMenuAction::openSettings);
     return {
-        m_permissions.isTrusted() ? label(QStringLiteral("Velkor is active"))
-                                  : item(QStringLiteral("Accessibility permission needed"),
-                                         StatusMenuAction::openPermissions),
+        stateEntry,
         separator(),
         item(QStringLiteral("Settings…"), StatusMenuAction::openSettings),
         item(QStringLiteral("Check for Updates…"), StatusMenuAction::checkForUpdates,

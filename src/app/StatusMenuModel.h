@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "settings/PlatformTraits.h"
+
 #include <QList>
 #include <QString>
 #include <functional>
@@ -41,19 +43,24 @@ struct StatusMenuCallbacks
 };
 
 // The contents of the status menu, rebuilt each time it opens so its first
-// line shows the current permission state. The tray widget draws the entries
-// and reports choices back through trigger().
+// line shows the current state of keyboard access. The tray widget draws the
+// entries and reports choices back through trigger().
 class StatusMenuModel
 {
 public:
-    // Shows this build's version.
-    explicit StatusMenuModel(PermissionsManager& permissions);
+    // Shows this build's version; says it in the platform's words.
+    StatusMenuModel(PermissionsManager& permissions, KeyNaming naming);
 
     // Asks for the trust state again and returns the entries, in menu order.
     QList<StatusMenuEntry> rebuild();
 
-    // The entries for the trust state last read.
+    // The entries for the state last read.
     QList<StatusMenuEntry> entries() const;
+
+    // The tray icon's tool tip for the state last read.
+    QString toolTip() const;
+
+    PermissionsManager& permissions() const { return m_permissions; }
 
     void trigger(StatusMenuAction action) const;
 
@@ -69,6 +76,7 @@ public:
 
 private:
     PermissionsManager& m_permissions;
+    KeyNaming m_naming;
     QString m_version;
     bool m_updatesAvailable = true;
 };

@@ -51,8 +51,8 @@ public:
     bool handleCharacter(const QString& ch) override;
     bool handleDigit(int n) override;
     bool handleAction(KeyAction action) override;
-    bool commandTabPressed() override;
-    bool cycleSameAppWindows() override;
+    bool commandTabPressed(bool backwards) override;
+    bool cycleSameAppWindows(bool backwards) override;
     void commandTabReleased() override;
     void setSecondaryDown(bool down) override;
 

@@ -127,7 +127,7 @@ void AppCoordinator::rebuildWindowItems()
     layoutIfVisible();
 }
 
-bool AppCoordinator::commandTabPressed()
+bool AppCoordinator::commandTabPressed(bool backwards)
 {
     if (!m_windowMode) {
         m_windowMode = true;
@@ -136,11 +136,12 @@ bool AppCoordinator::commandTabPressed()
         rebuildWindowItems();
         m_overlay.showNow();
         // The first window is normally the one already in front, so a single
-        // Command-Tab goes to the second.
-        if (m_overlay.model().items().size() >= 2)
-            m_overlay.model().setSelection(1);
+        // Command-Tab goes to the second, and with Shift to the last.
+        const int count = int(m_overlay.model().items().size());
+        if (count >= 2)
+            m_overlay.model().setSelection(backwards ? count - 1 : 1);
     } else {
-        moveSelection(+1);
+        moveSelection(backwards ? -1 : +1);
     }
     return true;
 }
@@ -172,7 +173,7 @@ void AppCoordinator::moveSelection(int delta)
     model.setSelection(((model.selection() + delta) % count + count) % count);
 }
 
-bool AppCoordinator::cycleSameAppWindows()
+bool AppCoordinator::cycleSameAppWindows(bool backwards)
 {
     const double now = m_platform.clock->now();
     const std::optional<Pid> front = m_platform.workspace->frontmostPid();
@@ -188,7 +189,7 @@ bool AppCoordinator::cycleSameAppWindows()
         m_sameAppWindows.clear();
         return false;
     }
-    m_sameAppIdx = ((m_sameAppIdx + 1) % count + count) % count;
+    m_sameAppIdx = ((m_sameAppIdx + (backwards ? -1 : 1)) % count + count) % count;
     m_windowManager.focus(m_sameAppWindows[m_sameAppIdx]);
     return true;
 }

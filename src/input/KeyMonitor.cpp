@@ -112,6 +112,15 @@ std::optional<KeyAction> KeyMonitor::action(qint64 keyCode, bool leftCommandHeld
     }
 }
 
+std::optional<int> KeyMonitor::digitAt(qint64 keyCode)
+{
+    for (int i = 0; i < 9; ++i) {
+        if (keys::DigitRow[i] == keyCode || keys::KeypadDigits[i] == keyCode)
+            return i + 1;
+    }
+    return std::nullopt;
+}
+
 KeyWatch KeyMonitor::currentWatch() const
 {
     KeyWatch watch;
@@ -121,39 +130,47 @@ KeyWatch KeyMonitor::currentWatch() const
     return watch;
 }
 
+void KeyMonitor::setAccessObserver(std::function<void(KeyAccess)> observer)
+{
+    m_accessObserver = std::move(observer);
+}
+
+void KeyMonitor::setActivationPressObserver(std::function<void()> observer)
+{
+    m_activationPressObserver = std::move(observer);
+}
+
 bool KeyMonitor::start()
 {
-    if (m_source && m_source->isInstalled())
-        return true;
-    // Grabbing backends install exactly what they watch, so they learn the
-    // activation key before they are asked to install.
-    if (m_source)
-        m_source->watch(currentWatch());
-    const std::weak_ptr<KeyMonitor*> self = m_self;
-    const bool installed = m_source && m_source->install([self](const KeyEvent& event) {
-        const auto monitor = self.lock();
-        return monitor ? (*monitor)->handle(event) : KeyDecision::Pass;
-    });
-    if (!installed) {
-        qWarning("[Velkor] failed to create event tap (Accessibility not granted?)");
+    if (!m_source) {
+        reportAccess();
         return false;
     }
     followWatchedSettings();
-    if (!m_source->isEnabled())
-        m_source->enable();
-    qInfo("[Velkor] event tap installed");
-    return true;
+    if (!m_source->isInstalled()) {
+        // Grabbing backends install exactly what they watch, so they learn
+        // the activation key before they are asked to install.
+        m_source->watch(currentWatch());
+        const std::weak_ptr<KeyMonitor*> self = m_self;
+        m_source->install([self](const KeyEvent& event) {
+            const auto monitor = self.lock();
+            return monitor ? (*monitor)->handle(event) : KeyDecision::Pass;
+        });
+    }
+    reportAccess();
+    return m_source->isInstalled();
 }
 
 // Grabbing backends only see the keys they were told about, so a change of
-// the activation key or of the Command shortcuts must reach them at once.
+// the activation key or of the Command shortcuts must reach them at once,
+// also while an install the platform refused waits for the next try.
 void KeyMonitor::followWatchedSettings()
 {
     if (!m_settingsConnections.isEmpty())
         return;
     const auto rewatch = [this] {
-        if (m_source && m_source->isInstalled())
-            m_source->watch(currentWatch());
+        m_source->watch(currentWatch());
+        reportAccess();
     };
     m_settingsConnections = {
         QObject::connect(&m_prefs, &Preferences::modifierKeyChanged, rewatch),
@@ -162,10 +179,31 @@ void KeyMonitor::followWatchedSettings()
     };
 }
 
-void KeyMonitor::reenableIfDisabled()
+void KeyMonitor::watchdogTick()
 {
-    if (m_source && m_source->isInstalled() && !m_source->isEnabled())
-        m_source->enable();
+    if (!m_source)
+        return;
+    if (!m_source->isInstalled()) {
+        start();
+        return;
+    }
+    m_source->recover();
+    reportAccess();
+}
+
+KeyAccess KeyMonitor::access() const
+{
+    return m_source && m_source->isInstalled() ? m_source->access() : KeyAccess::notTrusted;
+}
+
+void KeyMonitor::reportAccess()
+{
+    const KeyAccess now = access();
+    if (m_reportedAccess == now)
+        return;
+    m_reportedAccess = now;
+    if (m_accessObserver)
+        m_accessObserver(now);
 }
 
 KeyDecision KeyMonitor::handle(const KeyEvent& event)
@@ -185,6 +223,10 @@ KeyDecision KeyMonitor::handle(const KeyEvent& event)
         if (m_handler)
             handleFlagsChanged(event);
         return KeyDecision::Pass;
+    case KeyEventType::FlagsResynchronised:
+        if (m_handler)
+            resynchronise(event.flags);
+        return KeyDecision::Pass;
     case KeyEventType::KeyDown:
     case KeyEventType::KeyUp:
         return m_handler ? handleKey(event) : KeyDecision::Pass;
@@ -198,46 +240,79 @@ KeyDecision KeyMonitor::handleKey(const KeyEvent& event)
         return consumed ? KeyDecision::Swallow : KeyDecision::Pass;
     };
     const bool keyDown = event.type == KeyEventType::KeyDown;
+    // Shift turns every walk around, as in any switcher.
+    const bool backwards = hasBit(event.flags, keys::ShiftMask);
 
     if (!m_primaryHeld && keyDown && hasBit(event.flags, keys::CommandMask)) {
         if (event.keyCode == keys::Tab && m_prefs.replaceCommandTab()) {
             m_commandTabActive = true;
-            return swallowIf(m_handler->commandTabPressed());
+            return swallowIf(m_handler->commandTabPressed(backwards));
         }
         if (event.keyCode == keys::Grave && m_prefs.cmdBacktickCycle())
-            return swallowIf(m_handler->cycleSameAppWindows());
+            return swallowIf(m_handler->cycleSameAppWindows(backwards));
     }
 
     // The activation key's release was missed (the platform dropped it, or
     // the setting changed while it was down): end without committing, and
     // let this key through as an ordinary one.
-    if (m_primaryHeld && !hasBit(event.flags, activationFlagBit(m_prefs.modifierKey()))) {
-        m_primaryHeld = false;
-        m_handler->setSecondaryDown(false);
-        m_handler->endSession();
-    }
-    if (m_secondaryHeld && !hasBit(event.flags, keys::RightOptionBit)) {
-        m_secondaryHeld = false;
-        m_handler->setSecondaryDown(false);
-    }
+    repairMissedReleases(event.flags);
 
     if (!m_primaryHeld || !keyDown)
         return KeyDecision::Pass;
 
-    if (const auto act = action(event.keyCode, hasBit(event.flags, keys::LeftCommandBit)))
+    if (auto act = action(event.keyCode, hasBit(event.flags, keys::LeftCommandBit))) {
+        if (*act == KeyAction::next && backwards)
+            act = KeyAction::previous;
         return swallowIf(m_handler->handleAction(*act));
+    }
+    if (const auto n = digitOf(event))
+        return swallowIf(m_handler->handleDigit(*n));
 
     const QString ch = firstCharacter(event.characters);
-    if (ch.isEmpty())
-        return KeyDecision::Pass;
-    const char32_t cp = codePoint(ch);
-    // Only the ASCII digits pick rows and Spaces; 0 and other scripts' digits
-    // fall through and, not being letters, pass.
-    if (cp >= U'1' && cp <= U'9')
-        return swallowIf(m_handler->handleDigit(int(cp - U'0')));
-    if (QChar::isLetter(cp))
+    if (!ch.isEmpty() && QChar::isLetter(codePoint(ch)))
         return swallowIf(m_handler->handleCharacter(ch.toLower()));
     return KeyDecision::Pass;
+}
+
+// The digit keys count by position, whatever the layout types on them; a
+// digit 1-9 typed elsewhere counts too. 0 and other scripts' digits typed
+// elsewhere fall through and, not being letters, pass.
+std::optional<int> KeyMonitor::digitOf(const KeyEvent& event) const
+{
+    if (const auto n = digitAt(event.keyCode))
+        return n;
+    const QString ch = firstCharacter(event.characters);
+    if (ch.isEmpty())
+        return std::nullopt;
+    const char32_t cp = codePoint(ch);
+    if (cp >= U'1' && cp <= U'9')
+        return int(cp - U'0');
+    return std::nullopt;
+}
+
+void KeyMonitor::repairMissedReleases(quint64 flags)
+{
+    if (m_primaryHeld && !hasBit(flags, activationFlagBit(m_prefs.modifierKey()))) {
+        m_primaryHeld = false;
+        m_handler->setSecondaryDown(false);
+        m_handler->endSession();
+    }
+    if (m_secondaryHeld && !hasBit(flags, keys::RightOptionBit)) {
+        m_secondaryHeld = false;
+        m_handler->setSecondaryDown(false);
+    }
+}
+
+// Releases found only by reading the modifiers afresh came too late to mean
+// anything: a session ends without committing, so nothing switches seconds
+// after the hand has moved on.
+void KeyMonitor::resynchronise(quint64 flags)
+{
+    repairMissedReleases(flags);
+    if (m_commandTabActive && !hasBit(flags, keys::CommandMask)) {
+        m_commandTabActive = false;
+        m_handler->endSession();
+    }
 }
 
 void KeyMonitor::handleFlagsChanged(const KeyEvent& event)
@@ -253,6 +328,8 @@ void KeyMonitor::handleFlagsChanged(const KeyEvent& event)
             m_handler->beginSession();
             if (sincePrevious < DoubleTapWindow)
                 m_handler->enterWindowMode();
+            if (m_activationPressObserver)
+                m_activationPressObserver();
         } else if (!down && m_primaryHeld) {
             m_primaryHeld = false;
             m_handler->commitAndEnd();

@@ -33,8 +33,9 @@ public:
     virtual bool handleCharacter(const QString& ch) = 0;
     virtual bool handleDigit(int n) = 0;
     virtual bool handleAction(KeyAction action) = 0;
-    virtual bool commandTabPressed() = 0;
-    virtual bool cycleSameAppWindows() = 0;
+    // backwards: Shift was held too.
+    virtual bool commandTabPressed(bool backwards) = 0;
+    virtual bool cycleSameAppWindows(bool backwards) = 0;
     virtual void commandTabReleased() = 0;
     virtual void setSecondaryDown(bool down) = 0;
 };

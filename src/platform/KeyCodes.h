@@ -29,6 +29,11 @@ inline constexpr qint64 H = 4;
 inline constexpr qint64 LeftBracket = 33;
 inline constexpr qint64 RightBracket = 30;
 
+// The digit keys 1-9 of the main row and of the keypad, by position: a
+// layout that types "&" or "é" there (AZERTY) still picks rows and desktops.
+inline constexpr qint64 DigitRow[9] = {18, 19, 20, 21, 23, 22, 26, 28, 25};
+inline constexpr qint64 KeypadDigits[9] = {83, 84, 85, 86, 87, 88, 89, 91, 92};
+
 // Device-dependent bits: set while that very key is down.
 inline constexpr quint64 LeftControlBit = 0x1;
 inline constexpr quint64 LeftShiftBit = 0x2;

@@ -35,13 +35,18 @@ void addPickerHeading(QComboBox* picker, const QString& title)
     item->setFont(font);
 }
 
+void setTextColour(QLabel* label, const QColor& color)
+{
+    QPalette palette = label->palette();
+    palette.setColor(QPalette::WindowText, color);
+    label->setPalette(palette);
+}
+
 QLabel* colouredLabel(const QString& text, const QColor& color)
 {
     auto* label = new QLabel(text);
     label->setWordWrap(true);
-    QPalette palette = label->palette();
-    palette.setColor(QPalette::WindowText, color);
-    label->setPalette(palette);
+    setTextColour(label, color);
     return label;
 }
 
@@ -74,10 +79,15 @@ GeneralPane::GeneralPane(const SettingsContext& context, QWidget* parent)
     pane->addStretch(1);
 
     connect(&m_context.prefs, &Preferences::changed, this, &GeneralPane::showPreferences);
-    connect(&m_context.permissions, &PermissionsManager::trustedChanged, this,
+    connect(&m_context.prefs, &Preferences::modifierKeyChanged, this,
+            [this] { showKeyCheck(false); });
+    connect(&m_context.permissions, &PermissionsManager::keyAccessChanged, this,
             &GeneralPane::showPermission);
+    connect(&m_context.permissions, &PermissionsManager::activationKeyPressed, this,
+            [this] { showKeyCheck(true); });
     showPreferences();
     showPermission();
+    showKeyCheck(false);
 }
 
 void GeneralPane::buildActivation(QVBoxLayout* column)
@@ -106,6 +116,11 @@ void GeneralPane::buildActivation(QVBoxLayout* column)
     column->addWidget(m_leftHandWarning);
     m_keyCaveat = SettingsForm::footnote(QString());
     column->addWidget(m_keyCaveat);
+    // Many laptops have no Right Super: pressing the key here tells at once
+    // whether it exists and reaches Velkor.
+    m_keyCheck = new QLabel;
+    m_keyCheck->setWordWrap(true);
+    column->addWidget(m_keyCheck);
 
     connect(m_keyPicker, &QComboBox::currentIndexChanged, this, [this] {
         const auto key = modifierKeyFromRaw(m_keyPicker->currentData().toString());
@@ -124,6 +139,8 @@ void GeneralPane::buildPermissions(QVBoxLayout* column)
     row->addWidget(m_permissionState, 1);
     row->addWidget(m_openSettings);
     column->addLayout(row);
+    m_permissionDetail = SettingsForm::footnote(QString());
+    column->addWidget(m_permissionDetail);
     connect(m_openSettings, &QPushButton::clicked, this,
             [this] { m_context.trust.openTrustSettings(); });
 }
@@ -151,17 +168,33 @@ void GeneralPane::showPreferences()
 
 void GeneralPane::showPermission()
 {
-    const bool trusted = m_context.permissions.isTrusted();
-    m_permissionState->setText(trusted ? QStringLiteral("Accessibility granted")
-                                       : QStringLiteral("Accessibility required"));
-    QPalette palette = m_permissionState->palette();
-    palette.setColor(QPalette::WindowText, trusted ? GrantedGreen : WarningOrange);
-    m_permissionState->setPalette(palette);
+    const KeyAccess access = m_context.permissions.keyAccess();
+    const KeyAccessWording words = describeKeyAccess(access, m_context.traits.keyNaming);
+    const bool active = access == KeyAccess::active;
+    m_permissionState->setText(words.paneState);
+    setTextColour(m_permissionState, active ? GrantedGreen : WarningOrange);
+    m_permissionDetail->setText(words.paneDetail);
+    m_permissionDetail->setVisible(!words.paneDetail.isEmpty());
     const QStyle::StandardPixmap symbol =
-        trusted ? QStyle::SP_DialogApplyButton : QStyle::SP_MessageBoxWarning;
+        active ? QStyle::SP_DialogApplyButton : QStyle::SP_MessageBoxWarning;
     m_permissionIcon->setPixmap(style()->standardIcon(symbol).pixmap(16, 16));
     // Where the system has no page for the permission there is nothing to open.
-    m_openSettings->setVisible(!trusted && m_context.traits.hasTrustSettingsPage);
+    m_openSettings->setVisible(access == KeyAccess::notTrusted &&
+                               m_context.traits.hasTrustSettingsPage);
+}
+
+void GeneralPane::showKeyCheck(bool lit)
+{
+    m_keyCheckLit = lit;
+    const QString key =
+        activationKeyLabel(m_context.prefs.modifierKey(), m_context.traits.keyNaming);
+    if (lit) {
+        m_keyCheck->setText(QStringLiteral("✓ Velkor sees %1.").arg(key));
+        setTextColour(m_keyCheck, GrantedGreen);
+    } else {
+        m_keyCheck->setText(QStringLiteral("Press %1 now to check that Velkor sees it.").arg(key));
+        setTextColour(m_keyCheck, palette().color(QPalette::PlaceholderText));
+    }
 }
 
 } // namespace velkor

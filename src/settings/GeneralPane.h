@@ -13,7 +13,8 @@ class QVBoxLayout;
 
 namespace velkor {
 
-// Activation key, launch at login, search scope and the permission state.
+// Activation key (with a check that lights up when the key is pressed),
+// launch at login, search scope and the state of keyboard access.
 class GeneralPane : public QWidget
 {
     Q_OBJECT
@@ -24,9 +25,12 @@ public:
     QLabel& rightHandNote() const { return *m_rightHandNote; }
     QLabel& leftHandWarning() const { return *m_leftHandWarning; }
     QLabel& keyCaveat() const { return *m_keyCaveat; }
+    QLabel& keyCheck() const { return *m_keyCheck; }
+    bool keyCheckLit() const { return m_keyCheckLit; }
     QCheckBox& launchAtLogin() const { return *m_launchAtLogin; }
     QCheckBox& searchIncludesApps() const { return *m_searchIncludesApps; }
     QLabel& permissionState() const { return *m_permissionState; }
+    QLabel& permissionDetail() const { return *m_permissionDetail; }
     QPushButton& openSettingsButton() const { return *m_openSettings; }
 
 private:
@@ -34,16 +38,20 @@ private:
     void buildPermissions(QVBoxLayout* column);
     void showPreferences();
     void showPermission();
+    void showKeyCheck(bool lit);
 
     SettingsContext m_context;
     QComboBox* m_keyPicker = nullptr;
     QLabel* m_rightHandNote = nullptr;
     QLabel* m_leftHandWarning = nullptr;
     QLabel* m_keyCaveat = nullptr;
+    QLabel* m_keyCheck = nullptr;
+    bool m_keyCheckLit = false;
     QCheckBox* m_launchAtLogin = nullptr;
     QCheckBox* m_searchIncludesApps = nullptr;
     QLabel* m_permissionIcon = nullptr;
     QLabel* m_permissionState = nullptr;
+    QLabel* m_permissionDetail = nullptr;
     QPushButton* m_openSettings = nullptr;
 };
 

@@ -6,8 +6,8 @@ namespace velkor {
 PlatformTraits PlatformTraits::forPlatform(const QString& qpaPlatformName)
 {
     if (qpaPlatformName == QLatin1String("cocoa"))
-        return {KeyNaming::apple, true};
-    return {KeyNaming::pc, false};
+        return {KeyNaming::apple, true, false};
+    return {KeyNaming::pc, false, true};
 }
 
 QString activationKeyLabel(ModifierKey key, KeyNaming naming)
@@ -39,6 +39,61 @@ std::optional<QString> activationKeyCaveat(ModifierKey key, KeyNaming naming)
         return QStringLiteral("Under some keyboard layouts (German, for example) this key is "
                               "AltGr, which types characters such as @ and €.");
     return std::nullopt;
+}
+
+KeyAccessWording describeKeyAccess(KeyAccess access, KeyNaming naming)
+{
+    const bool apple = naming == KeyNaming::apple;
+    switch (access) {
+    case KeyAccess::active:
+        return {QStringLiteral("Velkor is active"), QStringLiteral("Velkor"),
+                apple ? QStringLiteral("Accessibility granted")
+                      : QStringLiteral("Keyboard access granted"),
+                QString()};
+    case KeyAccess::notTrusted:
+        if (apple)
+            return {QStringLiteral("Accessibility permission needed"), QStringLiteral("Velkor"),
+                    QStringLiteral("Accessibility required"), QString()};
+        return {QStringLiteral("Keyboard access needed"),
+                QStringLiteral("Velkor: keyboard access needed"),
+                QStringLiteral("Keyboard access required"), QString()};
+    case KeyAccess::activationKeyTaken:
+        return {QStringLiteral("Activation key taken by another program"),
+                QStringLiteral("Velkor: the activation key is taken by another program"),
+                QStringLiteral("The activation key is taken by another program"),
+                QStringLiteral("Velkor takes it as soon as that program lets go of it. Quit the "
+                               "other program (a hotkey tool or another switcher), or choose "
+                               "another activation key above.")};
+    case KeyAccess::activationKeyMissing:
+        return {QStringLiteral("Activation key not on this keyboard"),
+                QStringLiteral("Velkor: the activation key is not on this keyboard"),
+                QStringLiteral("The activation key is not on this keyboard"),
+                QStringLiteral("Choose another activation key above.")};
+    }
+    return describeKeyAccess(KeyAccess::notTrusted, naming);
+}
+
+QString keyAccessLogLine(KeyAccess access, ModifierKey key, KeyNaming naming)
+{
+    const QString name = activationKeyLabel(key, naming);
+    switch (access) {
+    case KeyAccess::active:
+        return naming == KeyNaming::apple
+                   ? QStringLiteral("[Velkor] event tap installed")
+                   : QStringLiteral("[Velkor] activation key %1 grabbed").arg(name);
+    case KeyAccess::notTrusted:
+        return naming == KeyNaming::apple
+                   ? QStringLiteral("[Velkor] failed to create event tap (Accessibility not "
+                                    "granted?)")
+                   : QStringLiteral("[Velkor] cannot watch the keyboard on this display");
+    case KeyAccess::activationKeyTaken:
+        return QStringLiteral("[Velkor] cannot grab the activation key %1: another program holds "
+                              "it; trying again until it is free")
+            .arg(name);
+    case KeyAccess::activationKeyMissing:
+        return QStringLiteral("[Velkor] the activation key %1 is not on this keyboard").arg(name);
+    }
+    return QString();
 }
 
 } // namespace velkor

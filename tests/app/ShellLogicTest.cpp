@@ -2,6 +2,7 @@
 #include "app/LaunchAtLogin.h"
 #include "app/PermissionsManager.h"
 #include "fakes/FakePlatform.h"
+#include "settings/PlatformTraits.h"
 
 #include <QSignalSpy>
 #include <QTest>
@@ -48,6 +49,45 @@ private slots:
             perms.startPolling([&] { ++dropped; });
         }
         QCOMPARE(p.clock->pendingCount(), 0); // the poll dies with its manager
+    }
+
+    void keyAccessCombinesTrustAndTheMonitorsReport()
+    {
+        FakePlatform p;
+        PermissionsManager perms(*p.trust, *p.clock);
+        QSignalSpy spy(&perms, &PermissionsManager::keyAccessChanged);
+        // Not trusted outranks whatever the monitor says.
+        perms.setMonitorAccess(KeyAccess::activationKeyTaken);
+        QCOMPARE(perms.keyAccess(), KeyAccess::notTrusted);
+        QCOMPARE(spy.count(), 0);
+        p.trust->trusted = true;
+        perms.refresh();
+        perms.setMonitorAccess(KeyAccess::activationKeyTaken);
+        perms.setMonitorAccess(KeyAccess::active);
+        QCOMPARE(spy.count(), 2);
+        QCOMPARE(spy.at(0).at(0).value<KeyAccess>(), KeyAccess::activationKeyTaken);
+        QCOMPARE(perms.keyAccess(), KeyAccess::active);
+    }
+
+    void keyAccessWordsAndLogLines()
+    {
+        // macOS keeps its own lines; elsewhere a refused grab is said as
+        // what it is, and no word of macOS appears in any state.
+        QCOMPARE(keyAccessLogLine(KeyAccess::active, ModifierKey::rightCommand, KeyNaming::apple),
+                 QStringLiteral("[Velkor] event tap installed"));
+        QCOMPARE(
+            keyAccessLogLine(KeyAccess::notTrusted, ModifierKey::rightCommand, KeyNaming::apple),
+            QStringLiteral("[Velkor] failed to create event tap (Accessibility not granted?)"));
+        for (const KeyAccess access :
+             {KeyAccess::active, KeyAccess::notTrusted, KeyAccess::activationKeyTaken,
+              KeyAccess::activationKeyMissing}) {
+            const KeyAccessWording words = describeKeyAccess(access, KeyNaming::pc);
+            const QString all = keyAccessLogLine(access, ModifierKey::rightCommand, KeyNaming::pc) +
+                                words.stateLine + words.toolTip + words.paneState +
+                                words.paneDetail;
+            for (const char* mac : {"Accessibility", "event tap", "Command", "⌘"})
+                QVERIFY2(!all.contains(QString::fromUtf8(mac)), qPrintable(all));
+        }
     }
 
     void launchAtLoginChangesOnlyWhatDiffersAndLogsFailures()

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "app/ShellWindows.h"
 
+#include "app/FirstStartNotice.h"
 #include "app/OnboardingWindow.h"
 #include "app/PermissionsManager.h"
 #include "catalogue/AppRegistry.h"
@@ -8,6 +9,8 @@
 #include "settings/Preferences.h"
 #include "settings/SettingsWindow.h"
 
+#include <QLabel>
+#include <QPushButton>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -18,7 +21,33 @@ class ShellWindowsTest : public QObject
     Q_OBJECT
 private slots:
     void windowsAreMadeOnceAndPresenceFollowsThem();
+    void firstStartNoticeComesOncePerInstallation();
 };
+
+void ShellWindowsTest::firstStartNoticeComesOncePerInstallation()
+{
+    QTemporaryDir dir;
+    const QString file = dir.filePath("v.ini");
+    int settingsOpened = 0;
+    const auto openSettings = [&] { ++settingsOpened; };
+    {
+        QSettings store(file, QSettings::IniFormat);
+        const auto notice =
+            FirstStartNotice::showOnce(store, QStringLiteral("Right Super"), openSettings);
+        QVERIFY(notice && notice->isVisible());
+        // Beside the user's work, not in front of it.
+        QVERIFY(notice->testAttribute(Qt::WA_ShowWithoutActivating));
+        QVERIFY(!notice->isModal());
+        QVERIFY(notice->message().text().contains(QStringLiteral("No Right Super")));
+        QTest::mouseClick(&notice->settingsButton(), Qt::LeftButton);
+        QCOMPARE(settingsOpened, 1);
+        QVERIFY(!notice->isVisible());
+        QVERIFY(!FirstStartNotice::showOnce(store, QStringLiteral("Right Super"), openSettings));
+    }
+    // The next start reads the same store.
+    QSettings again(file, QSettings::IniFormat);
+    QVERIFY(!FirstStartNotice::showOnce(again, QStringLiteral("Right Super"), openSettings));
+}
 
 void ShellWindowsTest::windowsAreMadeOnceAndPresenceFollowsThem()
 {

@@ -40,6 +40,7 @@ class StatusItemControllerTest : public QObject
     Q_OBJECT
 private slots:
     void menuFollowsTheTrustStateAtEveryOpening();
+    void linuxStateLineAndToolTipSayWhatHoldsTheKey();
     void entriesCallTheirCallbacks();
     void aPlainClickOpensTheMenuOnce();
     void iconIsOneColourOnTransparent();
@@ -49,7 +50,7 @@ void StatusItemControllerTest::menuFollowsTheTrustStateAtEveryOpening()
 {
     fake::FakePlatform platform;
     PermissionsManager permissions(*platform.trust, *platform.clock);
-    StatusMenuModel model(permissions);
+    StatusMenuModel model(permissions, KeyNaming::apple);
     model.setVersion(QStringLiteral("2.3.1"));
     StatusItemController controller(model);
     controller.install();
@@ -84,11 +85,50 @@ void StatusItemControllerTest::menuFollowsTheTrustStateAtEveryOpening()
     QCOMPARE(lines(*menu).last(), QStringLiteral("Velkor 0.1.0|off"));
 }
 
+void StatusItemControllerTest::linuxStateLineAndToolTipSayWhatHoldsTheKey()
+{
+    fake::FakePlatform platform;
+    PermissionsManager permissions(*platform.trust, *platform.clock);
+    StatusMenuModel model(permissions, KeyNaming::pc);
+    StatusItemController controller(model);
+    controller.install();
+    QStringList calls;
+    model.callbacks.openSettings = [&] { calls << "settings"; };
+    model.callbacks.openPermissions = [&] { calls << "permissions"; };
+    QSystemTrayIcon& tray = *controller.trayIcon();
+    QMenu& menu = controller.menu();
+
+    emit menu.aboutToShow();
+    QCOMPARE(lines(menu).first(), QStringLiteral("Keyboard access needed|on"));
+    QCOMPARE(tray.toolTip(), QStringLiteral("Velkor: keyboard access needed"));
+    menu.actions().first()->trigger();
+
+    platform.trust->trusted = true;
+    permissions.refresh();
+    QCOMPARE(tray.toolTip(), QStringLiteral("Velkor"));
+    emit menu.aboutToShow();
+    QCOMPARE(lines(menu).first(), QStringLiteral("Velkor is active|off"));
+
+    // Another program holds the activation key: the tool tip says so at
+    // once, the menu's first line too, and choosing it leads to the
+    // settings, where another key is chosen.
+    permissions.setMonitorAccess(KeyAccess::activationKeyTaken);
+    QCOMPARE(tray.toolTip(),
+             QStringLiteral("Velkor: the activation key is taken by another program"));
+    emit menu.aboutToShow();
+    QCOMPARE(lines(menu).first(), QStringLiteral("Activation key taken by another program|on"));
+    menu.actions().first()->trigger();
+    QCOMPARE(calls, (QStringList{"permissions", "settings"}));
+
+    permissions.setMonitorAccess(KeyAccess::active);
+    QCOMPARE(tray.toolTip(), QStringLiteral("Velkor"));
+}
+
 void StatusItemControllerTest::entriesCallTheirCallbacks()
 {
     fake::FakePlatform platform;
     PermissionsManager permissions(*platform.trust, *platform.clock);
-    StatusMenuModel model(permissions);
+    StatusMenuModel model(permissions, KeyNaming::apple);
     StatusItemController controller(model);
     QStringList calls;
     model.callbacks.openSettings = [&] { calls << "settings"; };
@@ -120,7 +160,7 @@ void StatusItemControllerTest::aPlainClickOpensTheMenuOnce()
 {
     fake::FakePlatform platform;
     PermissionsManager permissions(*platform.trust, *platform.clock);
-    StatusMenuModel model(permissions);
+    StatusMenuModel model(permissions, KeyNaming::pc);
     for (const bool trayOpensMenu : {false, true}) {
         StatusItemController controller(model, trayOpensMenu);
         controller.install();

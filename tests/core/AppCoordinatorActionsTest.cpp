@@ -191,6 +191,23 @@ void AppCoordinatorActionsTest::commandTabPreselectsTheSecondWindow()
     QCOMPARE(h.fake.log, focused("20w0", 20));
     QVERIFY(!h.coordinator->windowMode());
 
+    // With Shift it starts at the last window and walks back, wrapping.
+    h.addApp(30, "Mail", "com.apple.Mail");
+    h.leftShift(true);
+    h.leftCommand(true);
+    h.commandTab();
+    QCOMPARE(h.model().items().size(), 3);
+    QCOMPARE(h.model().selection(), 2);
+    h.commandTab();
+    h.commandTab();
+    h.commandTab();
+    QCOMPARE(h.model().selection(), 2);
+    h.leftShift(false);
+    h.commandTab();
+    QCOMPARE(h.model().selection(), 0);
+    h.leftCommand(false);
+    h.fake.workspace->removeApp(30);
+
     // One window: nothing to pre-select, and the next press wraps to it.
     h.fake.workspace->removeApp(20);
     h.leftCommand(true);
@@ -232,6 +249,12 @@ void AppCoordinatorActionsTest::commandGraveWalksABurstOfTheFrontApp()
     h.commandGrave();
     QCOMPARE(h.logged("raise:"), QStringList("raise:10w1"));
     QCOMPARE(h.coordinator->sameAppWindows().first().title, QStringLiteral("B"));
+
+    // Shift walks the burst back.
+    h.leftShift(true);
+    h.commandGrave();
+    h.leftShift(false);
+    QCOMPARE(h.logged("raise:"), QStringList({"raise:10w1", "raise:10w0"}));
 
     // Another app in front invalidates the cache at once.
     h.addApp(20, "Notes", "com.apple.Notes");

@@ -65,13 +65,15 @@ KeyDecision CoordinatorHarness::modifier(qint64 code, quint64 bits, bool down)
 {
     flags = down ? flags | bits : flags & ~bits;
     // The device-independent masks follow whichever side is still down.
-    flags &= ~(keys::CommandMask | keys::OptionMask | keys::ControlMask);
+    flags &= ~(keys::CommandMask | keys::OptionMask | keys::ControlMask | keys::ShiftMask);
     if (flags & (keys::LeftCommandBit | keys::RightCommandBit))
         flags |= keys::CommandMask;
     if (flags & (keys::LeftOptionBit | keys::RightOptionBit))
         flags |= keys::OptionMask;
     if (flags & (keys::LeftControlBit | keys::RightControlBit))
         flags |= keys::ControlMask;
+    if (flags & (keys::LeftShiftBit | keys::RightShiftBit))
+        flags |= keys::ShiftMask;
     return fake.keys->send(
         KeyEvent{KeyEventType::FlagsChanged, code, flags, QString(), fake.clock->now()});
 }

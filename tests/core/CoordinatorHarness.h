@@ -69,6 +69,7 @@ public:
     {
         return modifier(keys::LeftCommand, keys::LeftCommandBit, down);
     }
+    KeyDecision leftShift(bool down) { return modifier(keys::LeftShift, keys::LeftShiftBit, down); }
     KeyDecision commandTab() { return key(keys::Tab, QStringLiteral("\t")); }
     KeyDecision commandGrave() { return key(keys::Grave, QStringLiteral("`")); }
     void advance(double seconds) { fake.clock->advance(seconds); }

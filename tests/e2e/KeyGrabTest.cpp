@@ -2,22 +2,97 @@
 #include "DesktopTestCase.h"
 #include "VelkorInstance.h"
 #include "XDesktop.h"
+#include "XGrabber.h"
 #include "settings/Preferences.h"
 
 #include <QtTest>
+#include <csignal>
+#include <cstring>
 #include <memory>
 
 using namespace velkor;
 using namespace velkor::e2e;
 
+namespace {
+
+// The keypad's 3, by X keycode (evdev + 8).
+constexpr int Keypad3 = 89;
+
+template <typename T> using Reply = std::unique_ptr<T, decltype(&std::free)>;
+
+xcb_atom_t atom(xcb_connection_t* c, const char* name)
+{
+    Reply<xcb_intern_atom_reply_t> r(
+        xcb_intern_atom_reply(c, xcb_intern_atom(c, 0, uint16_t(strlen(name)), name), nullptr),
+        &std::free);
+    return r ? r->atom : xcb_atom_t(XCB_ATOM_NONE);
+}
+
+QByteArray readProperty(xcb_connection_t* c, xcb_window_t window, const char* name, xcb_atom_t type)
+{
+    Reply<xcb_get_property_reply_t> r(
+        xcb_get_property_reply(c, xcb_get_property(c, 0, window, atom(c, name), type, 0, 256),
+                               nullptr),
+        &std::free);
+    if (!r)
+        return {};
+    return QByteArray(static_cast<const char*>(xcb_get_property_value(r.get())),
+                      xcb_get_property_value_length(r.get()));
+}
+
+// Counts the windows without a window manager (the overlay is one) that one
+// process maps, on a connection of its own, so every showing is seen in the
+// server's order, however short it was.
+class OverlayShowings
+{
+public:
+    OverlayShowings(const QString& display, qint64 pid)
+        : m_c(xcb_connect(display.toLatin1().constData(), nullptr)), m_pid(quint32(pid))
+    {
+        const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(m_c)).data->root;
+        const uint32_t mask = XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY;
+        xcb_change_window_attributes(m_c, root, XCB_CW_EVENT_MASK, &mask);
+        xcb_flush(m_c);
+    }
+    ~OverlayShowings() { xcb_disconnect(m_c); }
+
+    int count()
+    {
+        while (xcb_generic_event_t* event = xcb_poll_for_event(m_c)) {
+            const auto* map = reinterpret_cast<const xcb_map_notify_event_t*>(event);
+            if ((event->response_type & 0x7f) == XCB_MAP_NOTIFY && map->override_redirect) {
+                const QByteArray pid =
+                    readProperty(m_c, map->window, "_NET_WM_PID", XCB_ATOM_CARDINAL);
+                if (pid.size() == 4 && *reinterpret_cast<const quint32*>(pid.constData()) == m_pid)
+                    ++m_count;
+            }
+            std::free(event);
+        }
+        return m_count;
+    }
+
+private:
+    xcb_connection_t* m_c;
+    quint32 m_pid;
+    int m_count = 0;
+};
+
+} // namespace
+
 // The keyboard side of velkor on a real desktop: what the grabs keep from
 // the focused window and what they give back, the Super shortcuts, the
-// double tap, and a keymap changed under a running program.
+// double tap, keys by position under other layouts, and the other programs
+// that hold keys on users' desktops.
 class KeyGrabTest : public DesktopTestCase
 {
     Q_OBJECT
 
     inline static const QString Recorder = QStringLiteral("Recorder");
+
+    bool currentBecomes(quint32 number)
+    {
+        return desktop().waitFor([&] { return desktop().currentDesktop() == number; });
+    }
 
     bool activeBecomes(xcb_window_t window, int timeoutMs = 3000)
     {
@@ -124,6 +199,10 @@ private slots:
         QVERIFY2(activeBecomes(recorder), qPrintable(velkor.log()));
         desktop().type(QStringLiteral("e"));
         QVERIFY2(holdsExactly(QStringLiteral("\tse")), qPrintable(desktop().recorded(Recorder)));
+
+        // With Shift it walks back from the last row: twice is the second.
+        desktop().holding(key::ShiftL, [&] { superTabs(2); });
+        QVERIFY2(activeBecomes(beta), qPrintable(velkor.log()));
     }
 
     void superGraveWalksEveryWindowOfTheFrontAppInABurst()
@@ -194,6 +273,134 @@ private slots:
         desktop().tap(key::SuperR);
         desktop().holding(key::SuperR, [&] { desktop().type(QStringLiteral("gro")); });
         QVERIFY(activeBecomes(groceries));
+    }
+
+    void anotherProgramHoldingTheKeyOrTheKeyboardKeepsItsKeys()
+    {
+        const xcb_window_t alpha = desktop().launchTerminal(QStringLiteral("Alpha"));
+        const xcb_window_t recorder = desktop().launchRecorder(Recorder);
+        QVERIFY(alpha && recorder);
+        desktop().activate(recorder);
+        QVERIFY(activeBecomes(recorder));
+
+        // A hotkey daemon holds Right Super as Velkor starts: Velkor says so
+        // once, keeps trying, and takes the key as soon as it is free.
+        XGrabber daemon(desktop().display());
+        daemon.grabKey(key::SuperR, XCB_MOD_MASK_ANY);
+        VelkorInstance velkor(desktop());
+        QVERIFY(!velkor.start());
+        QVERIFY2(velkor.isRunning(), qPrintable(velkor.log()));
+        const QString taken = QStringLiteral("[Velkor] cannot grab the activation key Right Super: "
+                                             "another program holds it");
+        QVERIFY2(velkor.log().contains(taken), qPrintable(velkor.log()));
+        OverlayShowings overlays(desktop().display(), velkor.pid());
+        desktop().underActivationKey(QStringLiteral("a"));
+        XDesktop::settle(3500); // a watchdog tick or so
+        daemon.ungrabKey(key::SuperR, XCB_MOD_MASK_ANY);
+        QVERIFY2(velkor.waitForLog(QStringLiteral("[Velkor] activation key Right Super grabbed")),
+                 qPrintable(velkor.log()));
+        // One line for the key, none for its variants with Shift and the
+        // like, which come back with it: a hand on Shift still switches.
+        QCOMPARE(velkor.log().count(taken), 1);
+        QVERIFY2(!velkor.log().contains(QStringLiteral("with Shift")), qPrintable(velkor.log()));
+        QCOMPARE(desktop().activeWindow(), recorder);
+        desktop().holding(key::ShiftL, [&] { desktop().underActivationKey(QStringLiteral("a")); });
+        QVERIFY(activeBecomes(alpha));
+
+        // A screen locker holds the whole keyboard: a double tap held with a
+        // letter typed under it is the locker's, and Velkor shows nothing
+        // over it.
+        XGrabber locker(desktop().display());
+        QVERIFY(locker.grabKeyboard());
+        XDesktop::settle(500);
+        desktop().tap(key::SuperR);
+        desktop().holding(key::SuperR, [&] {
+            desktop().type(QStringLiteral("r"));
+            XDesktop::settle(400);
+        });
+        locker.ungrabKeyboard();
+        QCOMPARE(desktop().activeWindow(), alpha);
+
+        // Free again, the same double tap shows the window switcher at once:
+        // the only showing of the whole test.
+        XDesktop::settle(500);
+        desktop().tap(key::SuperR);
+        desktop().holding(key::SuperR, [&] {
+            QVERIFY2(desktop().waitFor([&] { return overlays.count() > 0; }),
+                     qPrintable(velkor.log()));
+        });
+        QCOMPARE(overlays.count(), 1);
+    }
+
+    void aStallDoesNotTurnTwoTapsIntoADoubleTap()
+    {
+        const xcb_window_t alpha = desktop().launchTerminal(QStringLiteral("Alpha"));
+        const xcb_window_t beta = desktop().launchTerminal(QStringLiteral("Beta"));
+        QVERIFY(alpha && beta);
+        VelkorInstance velkor(desktop());
+        QVERIFY2(velkor.start(), qPrintable(velkor.log()));
+        if (!desktop().desktopOf(alpha))
+            QSKIP("the window manager offers no desktops");
+
+        // Velkor stands still while two taps 0.6 s apart wait in its queue,
+        // a digit under the second. Handled in one go, they are still two
+        // taps: the digit is a desktop, not the second row of a window list.
+        ::kill(pid_t(velkor.pid()), SIGSTOP);
+        desktop().tap(key::SuperR);
+        XDesktop::settle(600);
+        desktop().holding(key::SuperR, [&] { desktop().tap(key::of(QLatin1Char('2'))); });
+        ::kill(pid_t(velkor.pid()), SIGCONT);
+        QVERIFY2(currentBecomes(1), qPrintable(velkor.log()));
+    }
+
+    void digitsCountByPositionUnderAzertyAndOnTheKeypad()
+    {
+        const xcb_window_t alpha = desktop().launchTerminal(QStringLiteral("Alpha"));
+        QVERIFY(alpha);
+        VelkorInstance velkor(desktop());
+        QVERIFY2(velkor.start(), qPrintable(velkor.log()));
+        if (!desktop().desktopOf(alpha))
+            QSKIP("the window manager offers no desktops");
+        // AZERTY types é on the key of 2, " on the key of 3, and AltGr is
+        // Right Alt.
+        QCOMPARE(setLayout(QStringLiteral("fr")), 0);
+        desktop().holding(key::SuperR, [&] { desktop().tap(key::of(QLatin1Char('2'))); });
+        QVERIFY2(currentBecomes(1), qPrintable(velkor.log()));
+        desktop().holding(key::SuperR, [&] { desktop().tap(Keypad3); });
+        QVERIFY(currentBecomes(2));
+
+        desktop().holding(key::SuperR, [&] { desktop().tap(key::of(QLatin1Char('1'))); });
+        QVERIFY(currentBecomes(0));
+        desktop().activate(alpha);
+        QVERIFY(activeBecomes(alpha));
+        desktop().holding(key::SuperR, [&] {
+            desktop().holding(key::AltR, [&] { desktop().tap(key::of(QLatin1Char('4'))); });
+        });
+        QVERIFY(desktop().waitFor([&] { return desktop().desktopOf(alpha) == 3u; }));
+    }
+
+    void theFirstStartNamesTheKeyBesideTheWork()
+    {
+        const xcb_window_t recorder = desktop().launchRecorder(Recorder);
+        QVERIFY(recorder);
+        desktop().activate(recorder);
+        QVERIFY(activeBecomes(recorder));
+        VelkorInstance velkor(desktop());
+        velkor.preferences()->store().remove(QStringLiteral("firstStartNoticeShown"));
+        QVERIFY2(velkor.start(), qPrintable(velkor.log()));
+
+        // The notice comes up; the focus stays where the user types.
+        xcb_connection_t* c = desktop().connection();
+        const xcb_atom_t utf8 = atom(c, "UTF8_STRING");
+        QVERIFY(desktop().waitFor([&] {
+            for (const xcb_window_t w : desktop().clients())
+                if (readProperty(c, w, "_NET_WM_NAME", utf8) == "Velkor is running")
+                    return true;
+            return false;
+        }));
+        QCOMPARE(desktop().activeWindow(), recorder);
+        desktop().type(QStringLiteral("s"));
+        QVERIFY2(holdsExactly(QStringLiteral("s")), qPrintable(desktop().recorded(Recorder)));
     }
 
     void aNewKeymapMidRunKeepsTheActivationKeyWorking()

@@ -255,6 +255,13 @@ void FakeKeySource::enable()
     enabled = true;
 }
 
+void FakeKeySource::recover()
+{
+    ++recoverCalls;
+    if (!enabled)
+        enable();
+}
+
 KeyDecision FakeKeySource::send(const KeyEvent& event)
 {
     return m_callback ? m_callback(event) : KeyDecision::Pass;

@@ -156,14 +156,18 @@ public:
     void watch(const KeyWatch& keys) override { watched = keys; }
     bool isEnabled() const override { return enabled; }
     void enable() override;
+    KeyAccess access() const override { return keyAccess; }
+    void recover() override;
 
     // Feeds an event as the platform would; Pass when nothing is installed.
     KeyDecision send(const KeyEvent& event);
 
     bool refuseInstall = false;
     bool enabled = true;
+    KeyAccess keyAccess = KeyAccess::active; // once installed
     int installAttempts = 0;
     int enableCalls = 0;
+    int recoverCalls = 0;
     KeyWatch watched;
 
 private:

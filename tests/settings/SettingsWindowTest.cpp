@@ -92,7 +92,7 @@ private slots:
     void sidebarSwitchesPanesAndFooterShowsVersion();
     void activationKeyPickerUsesPlatformNamesAndNotes();
     void launchAtLoginRegistersOnceEachWay();
-    void permissionRowFollowsTheGrant();
+    void keyAccessRowAndKeyCheckFollowTheMonitor();
     void togglesAndPickersWriteTheirSettings();
     void settingsChangedElsewhereShowInTheControls();
     void delaySliderStaysOnTheGrid();
@@ -172,15 +172,46 @@ void SettingsWindowTest::launchAtLoginRegistersOnceEachWay()
     QCOMPARE(item.registerCalls, 1);
 }
 
-void SettingsWindowTest::permissionRowFollowsTheGrant()
+void SettingsWindowTest::keyAccessRowAndKeyCheckFollowTheMonitor()
 {
     Fixture f;
     SettingsWindow& linux = f.makeWindow(KeyNaming::pc, false);
-    QCOMPARE(linux.general().permissionState().text(), QStringLiteral("Accessibility required"));
+    GeneralPane& general = linux.general();
+    QCOMPARE(general.permissionState().text(), QStringLiteral("Keyboard access required"));
     // No system page to open on this platform.
-    QVERIFY(!linux.general().openSettingsButton().isVisible());
+    QVERIFY(!general.openSettingsButton().isVisible());
 
+    // Trusted, but another program holds the key: the row says so and what
+    // to do, and clears once the key is ours.
+    f.platform.trust->trusted = true;
+    f.permissions.refresh();
+    QCOMPARE(general.permissionState().text(), QStringLiteral("Keyboard access granted"));
+    QVERIFY(!general.permissionDetail().isVisible());
+    f.permissions.setMonitorAccess(KeyAccess::activationKeyTaken);
+    QCOMPARE(general.permissionState().text(),
+             QStringLiteral("The activation key is taken by another program"));
+    QVERIFY(general.permissionDetail().isVisible());
+    QVERIFY(general.permissionDetail().text().contains(QStringLiteral("another activation key")));
+    QVERIFY(!general.openSettingsButton().isVisible());
+    f.permissions.setMonitorAccess(KeyAccess::active);
+    QCOMPARE(general.permissionState().text(), QStringLiteral("Keyboard access granted"));
+    QVERIFY(!general.permissionDetail().isVisible());
+
+    // The "press it now" check lights when the key reaches the monitor, and
+    // asks again for a newly chosen key.
+    QVERIFY(!general.keyCheckLit());
+    QVERIFY(general.keyCheck().text().contains(QStringLiteral("Press Right Super now")));
+    f.permissions.noteActivationKeyPressed();
+    QVERIFY(general.keyCheckLit());
+    QCOMPARE(general.keyCheck().text(), QStringLiteral("✓ Velkor sees Right Super."));
+    choose(general.activationKeyPicker(), QStringLiteral("Right Ctrl"));
+    QVERIFY(!general.keyCheckLit());
+    QVERIFY(general.keyCheck().text().contains(QStringLiteral("Press Right Ctrl now")));
+
+    f.platform.trust->trusted = false;
+    f.permissions.refresh();
     SettingsWindow& mac = f.makeWindow(KeyNaming::apple, true);
+    QCOMPARE(mac.general().permissionState().text(), QStringLiteral("Accessibility required"));
     QPushButton& open = mac.general().openSettingsButton();
     QVERIFY(open.isVisible());
     QTest::mouseClick(&open, Qt::LeftButton);

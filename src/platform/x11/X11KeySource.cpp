@@ -6,8 +6,9 @@
 
 #include <QGuiApplication>
 #include <QLoggingCategory>
-#include <algorithm>
 #include <cstdlib>
+#include <utility>
+#include <xcb/xcbext.h>
 #include <xcb/xinput.h>
 #include <xcb/xtest.h>
 
@@ -29,14 +30,6 @@ template <typename T> using Reply = std::unique_ptr<T, decltype(&free)>;
 template <typename T> Reply<T> takeReply(T* reply)
 {
     return Reply<T>(reply, &free);
-}
-
-// Whether two lists hold the same grabs, in any order (a grab refused at
-// first is placed later, at the end).
-bool samePlaces(const QList<X11KeyGrab>& a, const QList<X11KeyGrab>& b)
-{
-    return a.size() == b.size() &&
-           std::all_of(a.cbegin(), a.cend(), [&](const X11KeyGrab& g) { return b.contains(g); });
 }
 
 // The modifiers the activation key is grabbed under besides none.
@@ -67,10 +60,12 @@ X11KeySource::~X11KeySource()
 {
     // Qt closes its connection with the application; our grabs go with it.
     QCoreApplication* app = QCoreApplication::instance();
-    if (!m_connection || !app)
+    if (!m_installed || !app)
         return;
     app->removeNativeEventFilter(this);
-    releaseGrabs();
+    m_grabs->liftAll();
+    if (m_timeProbe)
+        xcb_destroy_window(m_connection, m_timeProbe);
     if (m_keyboardGrabbed)
         xcb_ungrab_keyboard(m_connection, XCB_CURRENT_TIME);
     xcb_flush(m_connection);
@@ -81,27 +76,28 @@ bool X11KeySource::install(Callback callback)
     m_callback = std::move(callback);
     if (m_installed)
         return true;
-    if (!m_connection) {
-        if (!connectToServer())
-            return false;
-        if (!prepareExtensions()) {
-            m_connection = nullptr;
-            return false;
-        }
-        m_keymap = std::make_unique<X11Keymap>(m_connection);
-        if (!m_keymap->reload()) {
-            qCWarning(lcKeys) << "cannot read the keyboard map from the X server";
-            m_connection = nullptr;
-            return false;
-        }
-        m_grabs = std::make_unique<X11KeyGrabs>(m_connection, m_root);
-        selectRawKeyEvents();
-        readModifiersDown();
-        QCoreApplication::instance()->installNativeEventFilter(this);
+    if (!connectToServer())
+        return false;
+    if (!prepareExtensions()) {
+        m_connection = nullptr;
+        return false;
     }
-    regrab();
-    m_installed = m_activationGrabbed;
-    return m_installed;
+    m_keymap = std::make_unique<X11Keymap>(m_connection);
+    if (!m_keymap->reload()) {
+        qCWarning(lcKeys) << "cannot read the keyboard map from the X server";
+        m_connection = nullptr;
+        return false;
+    }
+    m_grabs = std::make_unique<X11KeyGrabs>(m_connection, m_root);
+    selectRawKeyEvents();
+    m_modifiers = modifiersOnServer();
+    QCoreApplication::instance()->installNativeEventFilter(this);
+    askServerTime();
+    m_installed = true;
+    // A refused activation key leaves the source installed: access() says
+    // so, and the watchdog tries again.
+    applyGrabs();
+    return true;
 }
 
 bool X11KeySource::connectToServer()
@@ -187,45 +183,88 @@ void X11KeySource::selectRawKeyEvents()
     xcb_flush(m_connection);
 }
 
-void X11KeySource::readModifiersDown()
+// Event times are the server's; the first answer that comes at once ties
+// them to the Clock, before keys queued behind a stall could arrive first
+// and make the tie late. An empty change of a property of our own window
+// comes back with the server's time.
+void X11KeySource::askServerTime()
 {
+    m_timeProbe = xcb_generate_id(m_connection);
+    const uint32_t events = XCB_EVENT_MASK_PROPERTY_CHANGE;
+    xcb_create_window(m_connection, 0, m_timeProbe, m_root, -1, -1, 1, 1, 0,
+                      XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, XCB_CW_EVENT_MASK,
+                      &events);
+    xcb_change_property(m_connection, XCB_PROP_MODE_APPEND, m_timeProbe, XCB_ATOM_WM_NAME,
+                        XCB_ATOM_STRING, 8, 0, nullptr);
+    xcb_flush(m_connection);
+}
+
+X11ModifierState X11KeySource::modifiersOnServer() const
+{
+    X11ModifierState down;
     auto keymap =
         takeReply(xcb_query_keymap_reply(m_connection, xcb_query_keymap(m_connection), nullptr));
     if (!keymap)
-        return;
+        return down;
     for (quint32 keycode = 8; keycode < 256; ++keycode) {
         if (keymap->keys[keycode / 8] & (1u << (keycode % 8))) {
             if (const auto code = X11KeyTranslator::keyCodeForXKeycode(keycode))
-                m_modifiers.press(*code);
+                down.press(*code);
         }
     }
+    return down;
+}
+
+// A release that never came (the keyboard was taken over, a device went
+// away, a VM held it) leaves a modifier believed down; the server knows
+// better. Asked only while something is believed down, so an idle watchdog
+// costs no round trip.
+void X11KeySource::resynchroniseModifiers()
+{
+    takeKeyboardGrabAnswer();
+    if (!m_keyboardGrabbed && !m_activationDelivered && m_modifiers.flags() == 0)
+        return;
+    const X11ModifierState onServer = modifiersOnServer();
+    const bool activationLost =
+        m_activationDelivered && !onServer.isDown(m_watch.activationKeyCode);
+    if (!activationLost && onServer.flags() == m_modifiers.flags())
+        return;
+    qCInfo(lcKeys) << "a modifier release never arrived; read the modifiers from the server";
+    m_modifiers = onServer;
+    if (activationLost)
+        m_activationDelivered = false;
+    deliver(KeyEventType::FlagsResynchronised, 0, m_clock.now());
 }
 
 void X11KeySource::watch(const KeyWatch& keys)
 {
-    const bool changed = keys.activationKeyCode != m_watch.activationKeyCode ||
-                         keys.commandTab != m_watch.commandTab ||
-                         keys.commandGrave != m_watch.commandGrave;
+    // The monitor resolves a held old key itself, from the flag word.
+    if (keys.activationKeyCode != m_watch.activationKeyCode)
+        m_activationDelivered = false;
     m_watch = keys;
-    // A refused grab leaves the source disabled, for the watchdog to retry.
-    if (changed && m_grabs)
-        regrab();
+    if (m_installed)
+        applyGrabs();
+}
+
+std::optional<xcb_keycode_t> X11KeySource::activationKeycode() const
+{
+    const auto keycode = X11KeyTranslator::xKeycodeForKeyCode(m_watch.activationKeyCode);
+    if (!keycode || !m_keymap->hasKey(*keycode))
+        return std::nullopt;
+    return xcb_keycode_t(*keycode);
 }
 
 QList<X11KeyGrab> X11KeySource::wantedGrabs() const
 {
     QList<X11KeyGrab> grabs;
-    if (const auto keycode = X11KeyTranslator::xKeycodeForKeyCode(m_watch.activationKeyCode)) {
-        if (m_keymap->hasKey(*keycode)) {
-            const QString name =
-                QStringLiteral("activation key %1").arg(m_keymap->describe(*keycode));
-            grabs.append({xcb_keycode_t(*keycode), 0, name});
-            // A hand may already hold Shift, Control or Alt when the key goes
-            // down; it still starts a session, and the letters typed under it
-            // must not reach the focused window.
-            for (const auto& [held, heldName] : HeldWithActivation)
-                grabs.append({xcb_keycode_t(*keycode), held, name + heldName});
-        }
+    if (const auto keycode = activationKeycode()) {
+        const QString name = QStringLiteral("activation key %1").arg(m_keymap->describe(*keycode));
+        grabs.append({*keycode, 0, name, true});
+        // A hand may already hold Shift, Control or Alt when the key goes
+        // down; it still starts a session, and the letters typed under it
+        // must not reach the focused window.
+        for (const auto& [held, heldName] : HeldWithActivation)
+            grabs.append({*keycode, held, name + heldName});
     }
     const uint16_t super = m_keymap->superMask();
     // By position: some layouts have no grave keysym anywhere.
@@ -237,81 +276,43 @@ QList<X11KeyGrab> X11KeySource::wantedGrabs() const
             continue;
         const QString name = m_keymap->describe(*keycode);
         grabs.append({xcb_keycode_t(*keycode), super, QStringLiteral("Super+%1").arg(name)});
-        // Shift reverses the direction; the monitor sees it in the flags.
+        // Shift walks backwards; the monitor sees it in the flags.
         grabs.append({xcb_keycode_t(*keycode), uint16_t(super | XCB_MOD_MASK_SHIFT),
                       QStringLiteral("Super+Shift+%1").arg(name)});
     }
     return grabs;
 }
 
-void X11KeySource::regrab()
+void X11KeySource::applyGrabs()
 {
-    releaseGrabs();
-    placeMissingGrabs();
+    m_grabs->apply(wantedGrabs(), m_keymap->numLockMask(), m_clock.now());
 }
 
-void X11KeySource::placeMissingGrabs()
+KeyAccess X11KeySource::access() const
 {
-    const QList<X11KeyGrab> wanted = wantedGrabs();
-    const uint16_t numLock = m_keymap->numLockMask();
-    if (!m_placed.isEmpty() && numLock != m_placedNumLockMask)
-        releaseGrabs();
-    m_placedNumLockMask = numLock;
-    const auto activation = X11KeyTranslator::xKeycodeForKeyCode(m_watch.activationKeyCode);
-    m_activationGrabbed = false;
-    bool activationWanted = false;
-    for (const X11KeyGrab& grab : wanted) {
-        const bool isActivation = activation && grab.keycode == *activation && grab.modifiers == 0;
-        activationWanted = activationWanted || isActivation;
-        if (!m_placed.contains(grab)) {
-            if (!m_grabs->place(grab, numLock)) {
-                if (!m_reported.contains(grab.name)) {
-                    qCWarning(lcKeys).noquote()
-                        << "cannot grab" << grab.name << "- another client holds it";
-                    m_reported.insert(grab.name);
-                }
-                continue;
-            }
-            m_reported.remove(grab.name);
-            m_placed.append(grab);
-        }
-        if (isActivation)
-            m_activationGrabbed = true;
-    }
-    const QString missing = QStringLiteral("missing key %1").arg(m_watch.activationKeyCode);
-    if (activationWanted) {
-        m_reported.remove(missing);
-    } else if (!m_reported.contains(missing)) {
-        qCWarning(lcKeys) << "the activation key" << m_watch.activationKeyCode
-                          << "is not on this keyboard";
-        m_reported.insert(missing);
-    }
-}
-
-void X11KeySource::releaseGrabs()
-{
-    for (const X11KeyGrab& grab : std::as_const(m_placed))
-        m_grabs->remove(grab, m_placedNumLockMask);
-    m_placed.clear();
-    m_activationGrabbed = false;
+    if (!m_installed)
+        return KeyAccess::notTrusted;
+    const auto keycode = activationKeycode();
+    if (!keycode)
+        return KeyAccess::activationKeyMissing;
+    return m_grabs->isHeld(X11KeyGrab{*keycode, 0, QString(), true})
+               ? KeyAccess::active
+               : KeyAccess::activationKeyTaken;
 }
 
 bool X11KeySource::isEnabled() const
 {
-    if (!m_installed)
-        return false;
-    const bool strayGrab = m_keyboardGrabbed && !m_modifiers.isDown(m_watch.activationKeyCode);
-    return !strayGrab && samePlaces(wantedGrabs(), m_placed);
+    const bool strayGrab = m_keyboardGrabbed && !m_activationDelivered;
+    return access() == KeyAccess::active && !strayGrab;
 }
 
-void X11KeySource::enable()
+void X11KeySource::recover()
 {
-    if (!m_grabs)
+    if (!m_installed)
         return;
+    resynchroniseModifiers();
     releaseKeyboardIfActivationUp();
-    placeMissingGrabs();
-    if (m_activationGrabbed && m_callback)
-        m_installed = true;
+    m_grabs->retryDue(m_clock.now());
 }
 
 void X11KeySource::reloadKeymap()
@@ -329,13 +330,11 @@ void X11KeySource::reloadKeymap()
         return;
     }
     // Grabs name keycodes, which a new layout leaves where they are; only
-    // moved modifier bits (Num Lock, Super) or a key gone from the map need
-    // new ones. The server also reports a map change whenever another
-    // keyboard (XTEST among them) types, with nothing changed.
-    if (samePlaces(wantedGrabs(), m_placed) && m_keymap->numLockMask() == m_placedNumLockMask)
-        return;
-    qCInfo(lcKeys) << "keyboard map changed, grabbing again";
-    regrab();
+    // moved modifier bits (Num Lock, Super) or a key gone from the map move
+    // grabs, and only those are made again. The server also reports a map
+    // change whenever another keyboard (XTEST among them) types, with
+    // nothing changed.
+    applyGrabs();
 }
 
 bool X11KeySource::nativeEventFilter(const QByteArray& eventType, void* message, qintptr*)
@@ -362,7 +361,21 @@ bool X11KeySource::nativeEventFilter(const QByteArray& eventType, void* message,
             generic->event_type != XCB_INPUT_RAW_KEY_RELEASE)
             return false;
         auto* raw = reinterpret_cast<xcb_input_raw_key_press_event_t*>(event);
-        handleRawKey(raw->detail, generic->event_type == XCB_INPUT_RAW_KEY_PRESS);
+        // Raw events only track modifiers: the keys themselves went to
+        // whoever holds the keyboard, or to the focused window.
+        const auto keyCode = X11KeyTranslator::keyCodeForXKeycode(raw->detail);
+        if (keyCode && X11KeyTranslator::isModifier(*keyCode))
+            handleModifier(*keyCode, generic->event_type == XCB_INPUT_RAW_KEY_PRESS, false,
+                           m_eventTime.toClock(raw->time, m_clock.now()));
+        return true;
+    }
+    case XCB_PROPERTY_NOTIFY: {
+        auto* property = reinterpret_cast<xcb_property_notify_event_t*>(event);
+        if (!m_timeProbe || property->window != m_timeProbe)
+            return false;
+        m_eventTime.toClock(property->time, m_clock.now());
+        xcb_destroy_window(m_connection, std::exchange(m_timeProbe, XCB_NONE));
+        xcb_flush(m_connection);
         return true;
     }
     case XCB_MAPPING_NOTIFY:
@@ -381,14 +394,15 @@ bool X11KeySource::nativeEventFilter(const QByteArray& eventType, void* message,
 
 void X11KeySource::handleKey(const xcb_key_press_event_t* event, bool press)
 {
+    const double time = m_eventTime.toClock(event->time, m_clock.now());
     const qint64 keyCode = X11KeyTranslator::keyCodeForXKeycode(event->detail)
                                .value_or(X11KeyTranslator::UnmappedKeyCode);
     if (X11KeyTranslator::isModifier(keyCode)) {
-        handleModifier(keyCode, press);
+        handleModifier(keyCode, press, true, time);
         return;
     }
     releaseKeyboardIfActivationUp();
-    if (!m_installed || !m_callback) {
+    if (!m_callback) {
         if (press)
             retype(event->detail);
         return;
@@ -397,7 +411,7 @@ void X11KeySource::handleKey(const xcb_key_press_event_t* event, bool press)
     const quint32 group = (event->state >> 13) & 0x3;
     const KeyEvent keyEvent{
         press ? KeyEventType::KeyDown : KeyEventType::KeyUp, keyCode, m_modifiers.flags(),
-        X11KeyTranslator::characters(m_keymap->keymap(), event->detail, group), m_clock.now()};
+        X11KeyTranslator::characters(m_keymap->keymap(), event->detail, group), time};
     const KeyDecision decision = m_callback(keyEvent);
     qCDebug(lcKeys) << (press ? "down" : "up") << keyCode << Qt::hex << keyEvent.flags
                     << keyEvent.characters
@@ -406,47 +420,50 @@ void X11KeySource::handleKey(const xcb_key_press_event_t* event, bool press)
         retype(event->detail);
 }
 
-void X11KeySource::handleRawKey(quint32 keycode, bool press)
-{
-    const auto keyCode = X11KeyTranslator::keyCodeForXKeycode(keycode);
-    if (keyCode && X11KeyTranslator::isModifier(*keyCode))
-        handleModifier(*keyCode, press);
-}
-
 // The server sends raw events to every client but the one holding the
 // keyboard, and key events only to that one; a change seen both ways (the
 // press that starts a grab) counts once.
-void X11KeySource::handleModifier(qint64 keyCode, bool press)
+void X11KeySource::handleModifier(qint64 keyCode, bool press, bool fromOurGrab, double time)
 {
     const bool changed = press ? m_modifiers.press(keyCode) : m_modifiers.release(keyCode);
+    if (keyCode == m_watch.activationKeyCode) {
+        // Only a press our own grab delivered starts a session. Seen only
+        // as a raw event, the press went to a client that holds the
+        // keyboard or the key, and so will whatever is typed under it.
+        const bool begins = press && fromOurGrab && !m_activationDelivered;
+        const bool ends = !press && m_activationDelivered;
+        if (begins || ends)
+            m_activationDelivered = begins;
+        if (!press)
+            releaseKeyboardIfActivationUp();
+        if (begins || ends)
+            deliver(KeyEventType::FlagsChanged, keyCode, time);
+        return;
+    }
     if (!press)
         releaseKeyboardIfActivationUp();
     if (changed)
-        deliverFlagsChanged(keyCode);
+        deliver(KeyEventType::FlagsChanged, keyCode, time);
 }
 
-void X11KeySource::deliverFlagsChanged(qint64 keyCode)
+void X11KeySource::deliver(KeyEventType type, qint64 keyCode, double time)
 {
-    if (!m_installed || !m_callback)
+    if (!m_callback)
         return;
-    qCDebug(lcKeys) << "flags" << keyCode << Qt::hex << m_modifiers.flags();
+    qCDebug(lcKeys) << "flags" << int(type) << keyCode << Qt::hex << m_modifiers.flags() << Qt::dec
+                    << "at" << time;
     // Modifier changes always pass: the server has delivered them already.
-    m_callback(
-        KeyEvent{KeyEventType::FlagsChanged, keyCode, m_modifiers.flags(), {}, m_clock.now()});
+    m_callback(KeyEvent{type, keyCode, m_modifiers.flags(), {}, time});
 }
 
 void X11KeySource::retype(xcb_keycode_t keycode)
 {
     xcb_ungrab_keyboard(m_connection, XCB_CURRENT_TIME);
     m_keyboardGrabbed = false;
+    if (const auto request = std::exchange(m_keyboardGrabRequest, std::nullopt))
+        xcb_discard_reply(m_connection, *request);
     // Our own grab of this key would catch it again on its way back.
-    QList<X11KeyGrab> lifted;
-    for (const X11KeyGrab& grab : std::as_const(m_placed)) {
-        if (grab.keycode == keycode) {
-            m_grabs->remove(grab, m_placedNumLockMask);
-            lifted.append(grab);
-        }
-    }
+    const QList<X11KeyGrab> lifted = m_grabs->liftKey(keycode);
     // A key still down on the XTEST device (keys typed by another XTEST
     // client) would make our press a repeat; releasing it first gives a
     // clean stroke, and is ignored for a key that is up there.
@@ -455,30 +472,42 @@ void X11KeySource::retype(xcb_keycode_t keycode)
     xcb_test_fake_input(m_connection, XCB_KEY_PRESS, keycode, XCB_CURRENT_TIME, XCB_NONE, 0, 0, 0);
     xcb_test_fake_input(m_connection, XCB_KEY_RELEASE, keycode, XCB_CURRENT_TIME, XCB_NONE, 0, 0,
                         0);
-    for (const X11KeyGrab& grab : std::as_const(lifted)) {
-        if (!m_grabs->place(grab, m_placedNumLockMask)) {
-            qCWarning(lcKeys).noquote() << "lost the grab of" << grab.name;
-            m_placed.removeOne(grab);
-        }
-    }
+    m_grabs->restore(lifted, m_clock.now());
     // Giving the key back ended the activation key's grab; keep the rest of
     // what is typed under the key until it goes up.
-    if (m_modifiers.isDown(m_watch.activationKeyCode)) {
-        auto grab = takeReply(
-            xcb_grab_keyboard_reply(m_connection,
-                                    xcb_grab_keyboard(m_connection, 0, m_root, XCB_CURRENT_TIME,
-                                                      XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC),
-                                    nullptr));
-        m_keyboardGrabbed = grab && grab->status == XCB_GRAB_STATUS_SUCCESS;
-        if (!m_keyboardGrabbed)
-            qCWarning(lcKeys) << "cannot hold the keyboard after typing a key again";
+    if (m_activationDelivered) {
+        m_keyboardGrabRequest = xcb_grab_keyboard(m_connection, 0, m_root, XCB_CURRENT_TIME,
+                                                  XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC)
+                                    .sequence;
+        m_keyboardGrabbed = true;
     }
     xcb_flush(m_connection);
 }
 
+// The answer to the keyboard grab made after typing a key again, if it has
+// come; a refusal means the keys typed next go to the focused window.
+void X11KeySource::takeKeyboardGrabAnswer()
+{
+    if (!m_keyboardGrabRequest)
+        return;
+    void* reply = nullptr;
+    xcb_generic_error_t* error = nullptr;
+    if (!xcb_poll_for_reply(m_connection, *m_keyboardGrabRequest, &reply, &error))
+        return;
+    m_keyboardGrabRequest.reset();
+    const auto* grab = static_cast<const xcb_grab_keyboard_reply_t*>(reply);
+    if (!grab || grab->status != XCB_GRAB_STATUS_SUCCESS) {
+        qCWarning(lcKeys) << "cannot hold the keyboard after typing a key again";
+        m_keyboardGrabbed = false;
+    }
+    free(reply);
+    free(error);
+}
+
 void X11KeySource::releaseKeyboardIfActivationUp()
 {
-    if (m_keyboardGrabbed && !m_modifiers.isDown(m_watch.activationKeyCode)) {
+    takeKeyboardGrabAnswer();
+    if (m_keyboardGrabbed && !m_activationDelivered) {
         xcb_ungrab_keyboard(m_connection, XCB_CURRENT_TIME);
         xcb_flush(m_connection);
         m_keyboardGrabbed = false;

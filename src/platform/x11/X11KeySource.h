@@ -3,15 +3,16 @@
 
 #include "platform/Clock.h"
 #include "platform/KeySource.h"
+#include "platform/x11/X11EventTime.h"
 #include "platform/x11/X11KeyGrabs.h"
 #include "platform/x11/X11Keymap.h"
 #include "platform/x11/X11ModifierState.h"
 
 #include <QAbstractNativeEventFilter>
 #include <QList>
-#include <QSet>
 #include <QTimer>
 #include <memory>
+#include <optional>
 #include <xcb/xcb.h>
 
 namespace velkor {
@@ -20,23 +21,32 @@ namespace velkor {
 //
 // A passive grab of the activation key makes the server hand us every key
 // pressed while it is held, so nothing typed under it reaches the focused
-// window; Super+Tab and Super+grave are grabbed only while watched. Which
-// modifiers are down comes from XInput2 raw events while another client (or
+// window; Super+Tab and Super+grave are grabbed only while watched. Only a
+// press our own grab delivers starts a session: when another client holds
+// the keyboard (a screen locker, a menu, a VM viewer) the keys go there, and
+// we see the press only as an XInput2 raw event.
+//
+// Which modifiers are down comes from raw events while another client (or
 // nobody) holds the keyboard, and from our own key events while we do, so
-// modifier changes are seen with or without a grab. A key the monitor passes
-// while we hold the keyboard is typed again into the focused window through
-// XTEST.
+// modifier changes are seen with or without a grab; the watchdog reads them
+// from the server again while any is believed down, in case a release never
+// came. A key the monitor passes while we hold the keyboard is typed again
+// into the focused window through XTEST.
 class X11KeySource final : public KeySource, private QAbstractNativeEventFilter
 {
 public:
     explicit X11KeySource(const Clock& clock);
     ~X11KeySource() override;
 
+    // True once the X server offers what is needed; whether the activation
+    // key is ours is access().
     bool install(Callback callback) override;
     bool isInstalled() const override { return m_installed; }
     void watch(const KeyWatch& keys) override;
     bool isEnabled() const override;
-    void enable() override;
+    void enable() override { recover(); }
+    KeyAccess access() const override;
+    void recover() override;
 
 private:
     bool nativeEventFilter(const QByteArray& eventType, void* message, qintptr* result) override;
@@ -44,19 +54,21 @@ private:
     bool connectToServer();
     bool prepareExtensions();
     void selectRawKeyEvents();
-    void readModifiersDown();
+    void askServerTime();
+    X11ModifierState modifiersOnServer() const;
+    void resynchroniseModifiers();
 
+    // The activation key's keycode, when the keyboard map has the key.
+    std::optional<xcb_keycode_t> activationKeycode() const;
     QList<X11KeyGrab> wantedGrabs() const;
-    void regrab();
-    void placeMissingGrabs();
-    void releaseGrabs();
+    void applyGrabs();
     void reloadKeymap();
 
     void handleKey(const xcb_key_press_event_t* event, bool press);
-    void handleRawKey(quint32 keycode, bool press);
-    void handleModifier(qint64 keyCode, bool press);
-    void deliverFlagsChanged(qint64 keyCode);
+    void handleModifier(qint64 keyCode, bool press, bool fromOurGrab, double time);
+    void deliver(KeyEventType type, qint64 keyCode, double time);
     void retype(xcb_keycode_t keycode);
+    void takeKeyboardGrabAnswer();
     void releaseKeyboardIfActivationUp();
 
     const Clock& m_clock;
@@ -71,15 +83,17 @@ private:
     std::unique_ptr<X11Keymap> m_keymap;
     std::unique_ptr<X11KeyGrabs> m_grabs;
 
-    QList<X11KeyGrab> m_placed;
-    uint16_t m_placedNumLockMask = 0;
-    QSet<QString> m_reported; // problems logged once, until they go away
-    bool m_activationGrabbed = false;
-
     X11ModifierState m_modifiers;
+    // The monitor was told the activation key went down and not yet that it
+    // went up.
+    bool m_activationDelivered = false;
+    X11EventTime m_eventTime;
+    xcb_window_t m_timeProbe = XCB_NONE;
     // Held after a key was typed again while the activation key is down,
-    // since giving the key back ended the passive grab early.
+    // since giving the key back ended the passive grab early. The server's
+    // answer is read when it has come, never waited for on a key press.
     bool m_keyboardGrabbed = false;
+    std::optional<unsigned int> m_keyboardGrabRequest;
     QTimer m_keymapChanged;
 };
 

@@ -14,7 +14,6 @@ public:
     // changed; keys that are not modifiers change nothing.
     bool press(qint64 keyCode);
     bool release(qint64 keyCode);
-    void clear() { m_deviceBits = 0; }
 
     quint64 flags() const;
     bool isDown(qint64 keyCode) const;

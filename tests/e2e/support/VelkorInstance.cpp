@@ -7,6 +7,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QRegularExpression>
 #include <QSettings>
 #include <csignal>
 #include <sys/prctl.h>
@@ -19,6 +20,8 @@ VelkorInstance::VelkorInstance(XDesktop& desktop, const QString& home)
 {
     QDir().mkpath(configHome());
     QDir().mkpath(dataHome() + QLatin1String("/applications"));
+    // The notice of a first start would stand among the test's windows.
+    preferences()->store().setValue(QStringLiteral("firstStartNoticeShown"), true);
     m_process.setProcessChannelMode(QProcess::MergedChannels);
     // Gone with the test, even when the test crashes.
     m_process.setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGKILL); });
@@ -90,15 +93,24 @@ bool VelkorInstance::start(int timeoutMs)
 {
     if (!launch())
         return false;
-    const bool ready = m_desktop.waitFor(
-        [&] {
-            const QString text = log();
-            return text.contains(QLatin1String("[Velkor] event tap installed")) ||
-                   text.contains(QLatin1String("[Velkor] failed to create event tap")) ||
-                   !isRunning();
-        },
-        timeoutMs);
-    return ready && isRunning() && log().contains(QLatin1String("[Velkor] event tap installed"));
+    // The key monitor's first word: the key grabbed, or why not.
+    static const QRegularExpression verdict(
+        QStringLiteral("\\[Velkor\\] (activation key .* grabbed|cannot|the activation key)"));
+    const bool ready =
+        m_desktop.waitFor([&] { return log().contains(verdict) || !isRunning(); }, timeoutMs);
+    return ready && isRunning() && logSaysKeyGrabbed();
+}
+
+bool VelkorInstance::logSaysKeyGrabbed()
+{
+    static const QRegularExpression grabbed(
+        QStringLiteral("\\[Velkor\\] activation key .* grabbed"));
+    return log().contains(grabbed);
+}
+
+bool VelkorInstance::waitForLog(const QString& text, int timeoutMs)
+{
+    return m_desktop.waitFor([&] { return log().contains(text); }, timeoutMs);
 }
 
 bool VelkorInstance::stop()

@@ -40,8 +40,9 @@ public:
     // store it uses.
     std::unique_ptr<Preferences> preferences() const;
 
-    // Starts it and waits for the key monitor's verdict; true once the key
-    // hook is in place.
+    // Starts it and waits for the key monitor's verdict; true once the
+    // activation key is grabbed. The first-start notice has been seen
+    // already, unless the store was told otherwise.
     bool start(int timeoutMs = 10000);
     // Starts it without waiting for anything but the exec, for callers that
     // watch the start-up themselves (the start-up benchmark).
@@ -55,6 +56,10 @@ public:
 
     // Everything it wrote to stdout and stderr so far.
     QString log();
+    // Waits until the log holds text.
+    bool waitForLog(const QString& text, int timeoutMs = 10000);
+    // Whether the log says the activation key was grabbed.
+    bool logSaysKeyGrabbed();
 
 private:
     XDesktop& m_desktop;
