@@ -88,8 +88,8 @@ QFont chipFont(const OverlayChip& chip)
 } // namespace
 
 OverlayView::OverlayView(OverlayModel& model, Preferences& prefs, ShellIntegration& shell,
-                         QWidget* parent)
-    : QWidget(parent), m_model(model), m_prefs(prefs), m_shell(shell),
+                         KeyNaming naming, QWidget* parent)
+    : QWidget(parent), m_model(model), m_prefs(prefs), m_shell(shell), m_naming(naming),
       m_content(OverlayContent::of(model))
 {
     setAttribute(Qt::WA_TranslucentBackground);
@@ -368,7 +368,7 @@ void OverlayView::paintIcon(QPainter& painter, const QRectF& frame)
     painter.drawRoundedRect(frame, TileRadius, TileRadius);
     painter.setPen(accentColor);
     painter.setFont(OverlayFonts::system(TilePixels, QFont::Medium));
-    painter.drawText(frame, Qt::AlignCenter, QStringLiteral("⌘"));
+    painter.drawText(frame, Qt::AlignCenter, iconTileText(m_content.appName, m_naming));
 }
 
 void OverlayView::paintTexts(QPainter& painter, const Geometry& g) const

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "overlay/OverlayContent.h"
+#include "settings/PlatformTraits.h"
 
 #include <QHash>
 #include <QIcon>
@@ -40,7 +41,7 @@ public:
     static constexpr double SolidBackgroundAlpha = 0.95;
 
     OverlayView(OverlayModel& model, Preferences& prefs, ShellIntegration& shell,
-                QWidget* parent = nullptr);
+                KeyNaming naming = KeyNaming::pc, QWidget* parent = nullptr);
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override { return sizeHint(); }
@@ -105,6 +106,7 @@ private:
     OverlayModel& m_model;
     Preferences& m_prefs;
     ShellIntegration& m_shell;
+    KeyNaming m_naming;
     OverlayContent m_content;
     QImage m_shadow; // cached for m_shadowSize
     // Every model change repaints; icons are looked up once while shown.

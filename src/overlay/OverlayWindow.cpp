@@ -15,10 +15,11 @@
 
 namespace velkor {
 
-OverlayWindow::OverlayWindow(OverlayModel& model, Preferences& prefs, ShellIntegration& shell)
+OverlayWindow::OverlayWindow(OverlayModel& model, Preferences& prefs, ShellIntegration& shell,
+                             KeyNaming naming)
     : QWidget(nullptr, Qt::Window | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint |
                            Qt::WindowDoesNotAcceptFocus | Qt::NoDropShadowWindowHint),
-      m_prefs(prefs), m_shell(shell), m_view(new OverlayView(model, prefs, shell, this)),
+      m_prefs(prefs), m_shell(shell), m_view(new OverlayView(model, prefs, shell, naming, this)),
       m_fade(new QPropertyAnimation(this, "windowOpacity", this))
 {
     setAttribute(Qt::WA_TranslucentBackground);

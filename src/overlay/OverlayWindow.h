@@ -2,6 +2,7 @@
 #pragma once
 
 #include "overlay/OverlayPanel.h"
+#include "settings/PlatformTraits.h"
 
 #include <QWidget>
 
@@ -25,7 +26,8 @@ class OverlayWindow final : public QWidget, public OverlayPanel
 {
     Q_OBJECT
 public:
-    OverlayWindow(OverlayModel& model, Preferences& prefs, ShellIntegration& shell);
+    OverlayWindow(OverlayModel& model, Preferences& prefs, ShellIntegration& shell,
+                  KeyNaming naming = KeyNaming::pc);
     ~OverlayWindow() override;
 
     OverlayView& view() const { return *m_view; }

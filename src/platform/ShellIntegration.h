@@ -39,6 +39,17 @@ public:
         Q_UNUSED(changed);
     }
 
+    // Whether a system tray can show the program's icon. Stock GNOME has
+    // none, and there the settings window is the only way in.
+    virtual bool hasSystemTray() const { return true; }
+    // Calls changed on receiver's thread each time hasSystemTray() changes,
+    // for as long as receiver lives.
+    virtual void watchSystemTray(QObject* receiver, std::function<void()> changed)
+    {
+        Q_UNUSED(receiver);
+        Q_UNUSED(changed);
+    }
+
     // Whether the platform can blur what lies behind a window.
     virtual bool canBlurBehind() const = 0;
     // Blurs behind the given area (window coordinates) with rounded corners;

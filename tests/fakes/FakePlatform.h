@@ -188,8 +188,10 @@ public:
     bool requestTrust() override;
     bool openTrustSettings() override;
     QString missingExplanation() const override { return QStringLiteral("not trusted (fake)"); }
+    KeyAccess refusal() const override { return refusedAs; }
 
     bool trusted = false;
+    KeyAccess refusedAs = KeyAccess::notTrusted;
     int requestCount = 0;
     int openSettingsCount = 0;
 };
@@ -226,6 +228,11 @@ public:
     {
         compositingWatchers.append({receiver, std::move(changed)});
     }
+    bool hasSystemTray() const override { return tray; }
+    void watchSystemTray(QObject* receiver, std::function<void()> changed) override
+    {
+        trayWatchers.append({receiver, std::move(changed)});
+    }
     bool canBlurBehind() const override { return blur; }
     void setBlurBehind(QWindow*, const QRectF& area, qreal) override { blurArea = area; }
     void setRegularPresence(bool regular) override { presence.append(regular); }
@@ -243,8 +250,19 @@ public:
                 changed();
     }
 
+    // As a tray host starting or stopping would.
+    void setTray(bool on)
+    {
+        tray = on;
+        for (const auto& [receiver, changed] : trayWatchers)
+            if (receiver)
+                changed();
+    }
+
     bool compositing = true;
     QList<std::pair<QPointer<QObject>, std::function<void()>>> compositingWatchers;
+    bool tray = true;
+    QList<std::pair<QPointer<QObject>, std::function<void()>>> trayWatchers;
     bool blur = false;
     bool trayOpensMenu = false;
     int preparedWindows = 0;

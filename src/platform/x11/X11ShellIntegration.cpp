@@ -10,6 +10,7 @@
 #include "platform/x11/XdgDesktopFiles.h"
 
 #include <QFileInfo>
+#include <QSystemTrayIcon>
 #include <QWindow>
 
 namespace velkor::x11 {
@@ -25,7 +26,8 @@ constexpr quint32 MaxIconValues = 1u << 18;
 X11ShellIntegration::X11ShellIntegration(std::shared_ptr<X11Connection> connection,
                                          std::shared_ptr<const X11WindowCache> windows)
     : m_connection(std::move(connection)), m_windows(std::move(windows)),
-      m_compositor(std::make_unique<X11SelectionWatch>(m_connection, "_NET_WM_CM_S"))
+      m_compositor(std::make_unique<X11SelectionWatch>(m_connection, "_NET_WM_CM_S")),
+      m_trayHost(std::make_unique<X11SelectionWatch>(m_connection, "_NET_SYSTEM_TRAY_S"))
 {
     readBlurSupport();
     // A compositor that starts may be the window manager itself (KWin), with
@@ -56,6 +58,21 @@ void X11ShellIntegration::watchCompositing(QObject* receiver, std::function<void
     // and reshaping windows at once is best avoided.
     QObject::connect(
         m_compositor.get(), &X11SelectionWatch::ownershipChanged, receiver,
+        [changed = std::move(changed)] { changed(); }, Qt::QueuedConnection);
+}
+
+bool X11ShellIntegration::hasSystemTray() const
+{
+    // An XEmbed tray host owns the selection; Qt also docks in trays that
+    // only speak the StatusNotifierItem protocol (GNOME's AppIndicator
+    // extension), and knows whether one is there.
+    return m_trayHost->isOwned() || QSystemTrayIcon::isSystemTrayAvailable();
+}
+
+void X11ShellIntegration::watchSystemTray(QObject* receiver, std::function<void()> changed)
+{
+    QObject::connect(
+        m_trayHost.get(), &X11SelectionWatch::ownershipChanged, receiver,
         [changed = std::move(changed)] { changed(); }, Qt::QueuedConnection);
 }
 

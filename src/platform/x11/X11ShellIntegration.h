@@ -13,7 +13,7 @@ class X11WindowCache;
 
 // The overlay as an override-redirect window (never managed, so never
 // focused, on every desktop and in no task list), the compositing manager
-// followed as it starts and stops, blur through the KDE blur protocol where
+// and the tray host followed as they start and stop, blur through the KDE blur protocol where
 // the compositor offers it, icons from desktop entries and from the icons
 // windows carry.
 class X11ShellIntegration final : public ShellIntegration
@@ -27,6 +27,8 @@ public:
     void prepareOverlayWindow(QWindow* window) override;
     bool isCompositing() const override;
     void watchCompositing(QObject* receiver, std::function<void()> changed) override;
+    bool hasSystemTray() const override;
+    void watchSystemTray(QObject* receiver, std::function<void()> changed) override;
     bool canBlurBehind() const override;
     void setBlurBehind(QWindow* window, const QRectF& area, qreal cornerRadius) override;
     void setRegularPresence(bool) override {}
@@ -39,6 +41,7 @@ private:
     std::shared_ptr<X11Connection> m_connection;
     std::shared_ptr<const X11WindowCache> m_windows;
     std::unique_ptr<X11SelectionWatch> m_compositor;
+    std::unique_ptr<X11SelectionWatch> m_trayHost;
     bool m_blurSupported = false;
 };
 

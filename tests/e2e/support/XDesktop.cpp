@@ -61,6 +61,7 @@ XDesktop::~XDesktop()
         stopProcess(*it->second);
         delete it->second;
     }
+    stopTrayHost();
     stopWindowManager();
     if (m_connection)
         xcb_disconnect(m_connection);
@@ -82,7 +83,9 @@ QProcessEnvironment XDesktop::environment() const
 {
     QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
     env.insert(QStringLiteral("DISPLAY"), display());
+    // An X11 session, whatever session the tests run from.
     env.remove(QStringLiteral("WAYLAND_DISPLAY"));
+    env.insert(QStringLiteral("XDG_SESSION_TYPE"), QStringLiteral("x11"));
     env.remove(QStringLiteral("XAUTHORITY"));
     env.insert(QStringLiteral("HOME"), m_scratch.path());
     return env;
@@ -140,6 +143,43 @@ bool XDesktop::startWindowManager()
     if (!up)
         m_error = QStringLiteral("openbox did not come up");
     return up;
+}
+
+bool XDesktop::startTrayHost()
+{
+    m_trayHost = std::make_unique<QProcess>();
+    dieWithParent(*m_trayHost);
+    m_trayHost->setProcessEnvironment(environment());
+    m_trayHost->start(QStringLiteral("trayer"),
+                      {"--edge", "top", "--align", "right", "--widthtype", "request", "--height",
+                       "24", "--SetDockType", "true"});
+    if (!m_trayHost->waitForStarted(5000)) {
+        m_error = QStringLiteral("trayer is not installed");
+        m_trayHost.reset();
+        return false;
+    }
+    const xcb_atom_t selection = atom("_NET_SYSTEM_TRAY_S0");
+    const bool up = waitFor(
+        [&] {
+            const auto owner = reply(xcb_get_selection_owner_reply(
+                m_connection, xcb_get_selection_owner(m_connection, selection), nullptr));
+            return owner && owner->owner != XCB_NONE;
+        },
+        5000);
+    if (!up) {
+        m_error = QStringLiteral("trayer did not take the tray selection");
+        return false;
+    }
+    // trayer owns the selection before its panel is up to take icons.
+    settle(500);
+    return true;
+}
+
+void XDesktop::stopTrayHost()
+{
+    if (m_trayHost)
+        stopProcess(*m_trayHost);
+    m_trayHost.reset();
 }
 
 bool XDesktop::windowManagerIsUp() const

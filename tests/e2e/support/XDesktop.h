@@ -66,6 +66,10 @@ public:
     void killWindowManager();
     // Starts another one that takes over from the running one.
     bool replaceWindowManager();
+    // A system tray host (trayer, top right) that takes icons once this
+    // returns; false with a reason in error() when it cannot start.
+    bool startTrayHost();
+    void stopTrayHost();
     // Kills the X server itself (SIGKILL).
     void killServer();
 
@@ -148,6 +152,7 @@ private:
     QStringList m_serverArguments;
     QProcess m_server;
     std::unique_ptr<QProcess> m_windowManager;
+    std::unique_ptr<QProcess> m_trayHost;
     QList<std::pair<xcb_window_t, QProcess*>> m_clients;
     xcb_connection_t* m_connection = nullptr;
     xcb_window_t m_root = 0;
