@@ -100,12 +100,8 @@ void AppDelegate::installStatusItem()
     m_menuModel->setUpdatesAvailable(m_platform->updater->isAvailable());
     m_statusItem = std::make_unique<StatusItemController>(
         *m_menuModel, m_platform->shell->trayOpensMenuOnClick());
+    // A tray host that starts later gets the icon from Qt itself.
     m_statusItem->install();
-    ShellIntegration& shell = *m_platform->shell;
-    shell.watchSystemTray(m_statusItem.get(), [this, &shell] {
-        if (shell.hasSystemTray())
-            m_statusItem->trayHostAppeared();
-    });
 }
 
 void AppDelegate::permissionGranted()

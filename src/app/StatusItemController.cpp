@@ -45,16 +45,6 @@ void StatusItemController::install()
     m_tray->show();
 }
 
-void StatusItemController::trayHostAppeared()
-{
-    if (!m_tray)
-        return;
-    // Qt looks for a tray host when the icon is shown, and is not told of
-    // one that starts later (stock GNOME plus a tray extension turned on).
-    m_tray->hide();
-    m_tray->show();
-}
-
 void StatusItemController::rebuildMenu()
 {
     m_menu->clear();

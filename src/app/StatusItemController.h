@@ -27,9 +27,6 @@ public:
     // Creates the tray item with its icon, tool tip and menu, and shows it.
     void install();
 
-    // A tray host has started since install(): the icon goes into it.
-    void trayHostAppeared();
-
     QMenu& menu() const { return *m_menu; }
     // Null until install().
     QSystemTrayIcon* trayIcon() const { return m_tray; }
