@@ -41,7 +41,7 @@ std::optional<QString> activationKeyCaveat(ModifierKey key, KeyNaming naming);
 // The Behaviour pane's texts that name keys or the system's desktops.
 struct BehaviourWording
 {
-    QString cycleWindows;    // the toggle for activation-less window cycling
+    QString cycleWindows;    // the toggle for cycling the current app's windows
     QString replaceSwitcher; // the toggle for taking over the system's switcher
     QString desktopsSection; // the section of the desktop (Space) controls
     QString desktopsNote;    // its footnote

@@ -13,9 +13,9 @@ class X11WindowCache;
 
 // The overlay as an override-redirect window (never managed, so never
 // focused, on every desktop and in no task list), the compositing manager
-// and the tray host followed as they start and stop, blur through the KDE blur protocol where
-// the compositor offers it, icons from desktop entries and from the icons
-// windows carry.
+// and the tray host followed as they start and stop, blur through the KDE
+// blur protocol where the compositor offers it, icons from desktop entries
+// and from the icons windows carry.
 class X11ShellIntegration final : public ShellIntegration
 {
 public:
