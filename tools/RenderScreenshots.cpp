@@ -124,9 +124,12 @@ bool saveWindow(const QString& path, QWidget& window)
 
 int renderWindows(const QDir& out, Preferences& prefs)
 {
-    auto platform = createNullPlatform(
-        QStringLiteral("This display is not an X11 session, so Velkor cannot watch the "
-                       "activation key."));
+    auto platform = createNullPlatform(QString());
+    // Where most people meet the onboarding window: a Wayland session.
+    platform->trust = std::make_unique<NullTrustCheck>(
+        QStringLiteral("This is a Wayland session: Velkor runs here through Xwayland, which lets "
+                       "it see keys only while one of its own windows has the focus."),
+        KeyAccess::waylandSession);
     ScreenshotWorkspace workspace;
     AppRegistry registry(workspace, nullptr, prefs);
     PermissionsManager permissions(*platform->trust, *platform->clock);

@@ -27,7 +27,8 @@ AppDelegate::AppDelegate(std::unique_ptr<Platform> platform, QObject* parent)
     m_registry = std::make_unique<AppRegistry>(*m_platform->workspace,
                                                m_platform->installedApps.get(), *m_prefs);
     m_coordinator = std::make_unique<AppCoordinator>(
-        *m_platform, *m_prefs, *m_registry, makeOverlayPanelFactory(*m_platform->shell, *m_prefs));
+        *m_platform, *m_prefs, *m_registry,
+        makeOverlayPanelFactory(*m_platform->shell, *m_prefs, m_traits.keyNaming));
     m_permissions = std::make_unique<PermissionsManager>(*m_platform->trust, *m_platform->clock);
     const SettingsContext context{*m_prefs,
                                   *m_registry,
@@ -82,6 +83,8 @@ bool AppDelegate::start()
         startMonitoring();
         return true;
     }
+    qWarning().noquote() << keyAccessLogLine(m_permissions->keyAccess(), m_prefs->modifierKey(),
+                                             m_traits.keyNaming);
     qCWarning(lcApp).noquote() << m_permissions->missingExplanation();
     m_windows->showPermissions();
     return true;
@@ -97,6 +100,7 @@ void AppDelegate::installStatusItem()
     m_menuModel->setUpdatesAvailable(m_platform->updater->isAvailable());
     m_statusItem = std::make_unique<StatusItemController>(
         *m_menuModel, m_platform->shell->trayOpensMenuOnClick());
+    // A tray host that starts later gets the icon from Qt itself.
     m_statusItem->install();
 }
 
@@ -131,10 +135,24 @@ void AppDelegate::startMonitoring()
     // go of the key; an earlier start that failed is tried again.
     m_watchdog = m_platform->clock->callEvery(
         WatchdogSeconds, [this] { m_coordinator->keyMonitor().watchdogTick(); });
-    if (m_traits.showsFirstStartNotice)
-        m_notice = FirstStartNotice::showOnce(
-            m_prefs->store(), activationKeyLabel(m_prefs->modifierKey(), m_traits.keyNaming),
-            [this] { m_windows->showSettings(); });
+    greetFirstStart();
+}
+
+void AppDelegate::greetFirstStart()
+{
+    if (!m_traits.showsFirstStartNotice)
+        return;
+    if (!m_platform->shell->hasSystemTray()) {
+        // Without a tray icon nothing would show that Velkor runs; the
+        // settings window names the activation key too, and says how to
+        // come back to it.
+        if (FirstStartNotice::markShown(m_prefs->store()))
+            m_windows->showSettings();
+        return;
+    }
+    m_notice = FirstStartNotice::showOnce(
+        m_prefs->store(), activationKeyLabel(m_prefs->modifierKey(), m_traits.keyNaming),
+        [this] { m_windows->showSettings(); });
 }
 
 } // namespace velkor

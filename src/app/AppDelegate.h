@@ -58,6 +58,9 @@ private:
     // The onboarding callback: monitoring starts, the window closes.
     void permissionGranted();
     void installStatusItem();
+    // The first start names the activation key: a small notice, or the
+    // settings window where there is no tray to come back through.
+    void greetFirstStart();
     // The key monitor's state goes to the log, the tray and the settings.
     void watchKeyMonitor();
 

@@ -59,13 +59,20 @@ FirstStartNotice::FirstStartNotice(const QString& keyName, std::function<void()>
     connect(m_ok, &QPushButton::clicked, this, &QWidget::close);
 }
 
+bool FirstStartNotice::markShown(QSettings& store)
+{
+    if (store.value(QLatin1String(ShownKey)).toBool())
+        return false;
+    store.setValue(QLatin1String(ShownKey), true);
+    return true;
+}
+
 std::unique_ptr<FirstStartNotice> FirstStartNotice::showOnce(QSettings& store,
                                                              const QString& keyName,
                                                              std::function<void()> openSettings)
 {
-    if (store.value(QLatin1String(ShownKey)).toBool())
+    if (!markShown(store))
         return nullptr;
-    store.setValue(QLatin1String(ShownKey), true);
     auto notice = std::make_unique<FirstStartNotice>(keyName, std::move(openSettings));
     notice->adjustSize();
     // Top right, away from the middle of the screen where the work is.

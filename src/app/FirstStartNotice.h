@@ -30,6 +30,10 @@ public:
     static std::unique_ptr<FirstStartNotice> showOnce(QSettings& store, const QString& keyName,
                                                       std::function<void()> openSettings);
 
+    // Notes in the store that the first start has been greeted; false when
+    // it had been before.
+    static bool markShown(QSettings& store);
+
     QLabel& message() const { return *m_message; }
     QPushButton& settingsButton() const { return *m_settings; }
     QPushButton& okButton() const { return *m_ok; }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "app/OnboardingWindow.h"
 
+#include "app/MenuBarIcon.h"
 #include "app/PermissionsManager.h"
 
 #include <QCloseEvent>
@@ -21,8 +22,9 @@ constexpr int Padding = 40;
 constexpr int BodyWidth = 360;
 constexpr int SymbolSize = 52;
 
-// The ⌘ mark on an accent square, as the app's welcome symbol.
-QPixmap welcomeSymbol()
+// The platform's mark of a keyboard shortcut (⌘ on macOS) or else Velkor's
+// own, on an accent square.
+QPixmap welcomeSymbol(KeyNaming naming)
 {
     QPixmap pixmap(SymbolSize, SymbolSize);
     pixmap.fill(Qt::transparent);
@@ -31,6 +33,13 @@ QPixmap welcomeSymbol()
     painter.setPen(Qt::NoPen);
     painter.setBrush(Accent);
     painter.drawRoundedRect(QRectF(2, 2, SymbolSize - 4, SymbolSize - 4), 11, 11);
+    if (naming != KeyNaming::apple) {
+        constexpr int Inset = 10;
+        painter.drawPixmap(
+            Inset, Inset,
+            MenuBarIcon::icon(Qt::white).pixmap(SymbolSize - 2 * Inset, SymbolSize - 2 * Inset));
+        return pixmap;
+    }
     QFont font;
     font.setPixelSize(30);
     font.setBold(true);
@@ -40,38 +49,23 @@ QPixmap welcomeSymbol()
     return pixmap;
 }
 
-QString titleText(const PlatformTraits& traits)
-{
-    return traits.hasTrustSettingsPage ? QStringLiteral("Velkor needs Accessibility access")
-                                       : QStringLiteral("Velkor needs an X11 session");
-}
-
-QString bodyText(const PlatformTraits& traits, const QString& missing)
-{
-    if (traits.hasTrustSettingsPage)
-        return QStringLiteral(
-            "Velkor watches for the Right Command key to switch apps. macOS requires "
-            "Accessibility permission for global keyboard access.\n\nClick below, enable "
-            "Velkor in the list, then return here.");
-    // X11 gives any client the keyboard grabs Velkor needs; what can be
-    // missing is the X11 session itself or one of its extensions.
-    return missing +
-           QStringLiteral("\n\nVelkor watches the activation key through X11 and its input "
-                          "extensions. Log in to an X11 session (for example \"GNOME on "
-                          "Xorg\"), then start Velkor again.");
-}
-
 } // namespace
 
 OnboardingWindow::OnboardingWindow(PermissionsManager& permissions, PlatformTraits traits,
                                    std::function<void()> onGranted, QWidget* parent)
+    : OnboardingWindow(permissions, traits, std::move(onGranted),
+                       describeOnboarding(permissions.keyAccess(), traits.keyNaming,
+                                          permissions.missingExplanation()),
+                       parent)
+{}
+
+OnboardingWindow::OnboardingWindow(PermissionsManager& permissions, PlatformTraits traits,
+                                   std::function<void()> onGranted, const OnboardingWording& words,
+                                   QWidget* parent)
     : QWidget(parent, Qt::Window | Qt::WindowCloseButtonHint | Qt::WindowTitleHint),
-      m_permissions(permissions), m_traits(traits), m_onGranted(std::move(onGranted)),
-      m_title(new QLabel(titleText(traits))),
-      m_body(new QLabel(bodyText(traits, permissions.missingExplanation()))),
-      m_request(new QPushButton(traits.hasTrustSettingsPage
-                                    ? QStringLiteral("Open Accessibility Settings")
-                                    : QStringLiteral("Check Again"))),
+      m_permissions(permissions), m_onGranted(std::move(onGranted)),
+      m_offersRequest(!words.requestButton.isEmpty()), m_title(new QLabel(words.title)),
+      m_body(new QLabel(words.body)), m_request(new QPushButton(words.requestButton)),
       m_granted(new QLabel(QStringLiteral("✔ Access granted"))),
       m_continue(new QPushButton(QStringLiteral("Continue")))
 {
@@ -79,7 +73,7 @@ OnboardingWindow::OnboardingWindow(PermissionsManager& permissions, PlatformTrai
     setFixedSize(WindowSize);
 
     auto* symbol = new QLabel;
-    symbol->setPixmap(welcomeSymbol());
+    symbol->setPixmap(welcomeSymbol(traits.keyNaming));
     QFont titleFont = m_title->font();
     titleFont.setPixelSize(18);
     titleFont.setBold(true);
@@ -153,7 +147,7 @@ void OnboardingWindow::keyPressEvent(QKeyEvent* event)
 void OnboardingWindow::showTrust()
 {
     const bool trusted = m_permissions.isTrusted();
-    m_request->setVisible(!trusted);
+    m_request->setVisible(!trusted && m_offersRequest);
     m_granted->setVisible(trusted);
     m_continue->setVisible(trusted);
     if (trusted)

@@ -40,11 +40,14 @@ protected:
     void keyPressEvent(QKeyEvent* event) override;
 
 private:
+    OnboardingWindow(PermissionsManager& permissions, PlatformTraits traits,
+                     std::function<void()> onGranted, const OnboardingWording& words,
+                     QWidget* parent);
     void showTrust();
 
     PermissionsManager& m_permissions;
-    PlatformTraits m_traits;
     std::function<void()> m_onGranted;
+    bool m_offersRequest;
     QLabel* m_title;
     QLabel* m_body;
     QPushButton* m_request;

@@ -45,7 +45,7 @@ QString PermissionsManager::missingExplanation() const
 
 KeyAccess PermissionsManager::keyAccess() const
 {
-    return m_trusted ? m_monitorAccess : KeyAccess::notTrusted;
+    return m_trusted ? m_monitorAccess : m_trust.refusal();
 }
 
 void PermissionsManager::setMonitorAccess(KeyAccess access)

@@ -44,7 +44,7 @@ QList<StatusMenuEntry> StatusMenuModel::entries() const
     const KeyAccess access = m_permissions.keyAccess();
     const QString state = describeKeyAccess(access, m_naming).stateLine;
     StatusMenuEntry stateEntry = label(state);
-    if (access == KeyAccess::notTrusted)
+    if (access == KeyAccess::notTrusted || access == KeyAccess::waylandSession)
         stateEntry = item(state, StatusMenuAction::openPermissions);
     else if (access != KeyAccess::active)
         // Another activation key is chosen in the settings window.

@@ -31,6 +31,8 @@ OverlayContent OverlayContent::of(const OverlayModel& model)
     if (selected) {
         content.iconPath = selected->iconPath;
         content.pid = selected->pid;
+        // A window row's subtitle is its app's name.
+        content.appName = windows ? selected->subtitle.value_or(selected->title) : selected->title;
     }
 
     const int count = int(model.items().size());

@@ -26,7 +26,8 @@ struct OverlayContent
     std::optional<QString> secondary;
     std::optional<OverlayChip> chip;
     std::optional<QString> iconPath; // its icon first
-    std::optional<Pid> pid;          // then its windows' icon, else the "⌘" tile
+    std::optional<Pid> pid;          // then its windows' icon, else a tile
+    QString appName;                 // for the tile; empty with nothing selected
     int dotCount = 0;                // no dots for fewer than two rows
     int selectedDot = -1;
 

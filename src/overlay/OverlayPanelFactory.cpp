@@ -5,10 +5,11 @@
 
 namespace velkor {
 
-OverlayController::PanelFactory makeOverlayPanelFactory(ShellIntegration& shell, Preferences& prefs)
+OverlayController::PanelFactory makeOverlayPanelFactory(ShellIntegration& shell, Preferences& prefs,
+                                                        KeyNaming naming)
 {
-    return [&shell, &prefs](OverlayModel& model) -> std::unique_ptr<OverlayPanel> {
-        return std::make_unique<OverlayWindow>(model, prefs, shell);
+    return [&shell, &prefs, naming](OverlayModel& model) -> std::unique_ptr<OverlayPanel> {
+        return std::make_unique<OverlayWindow>(model, prefs, shell, naming);
     };
 }
 

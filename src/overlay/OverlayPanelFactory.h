@@ -2,6 +2,7 @@
 #pragma once
 
 #include "overlay/OverlayController.h"
+#include "settings/PlatformTraits.h"
 
 namespace velkor {
 
@@ -10,7 +11,7 @@ class ShellIntegration;
 
 // Makes the overlay controller's panels as OverlayWindows. Both references
 // must outlive every panel made.
-OverlayController::PanelFactory makeOverlayPanelFactory(ShellIntegration& shell,
-                                                        Preferences& prefs);
+OverlayController::PanelFactory makeOverlayPanelFactory(ShellIntegration& shell, Preferences& prefs,
+                                                        KeyNaming naming = KeyNaming::pc);
 
 } // namespace velkor

@@ -2,12 +2,14 @@
 #pragma once
 
 #include "overlay/OverlayContent.h"
+#include "settings/PlatformTraits.h"
 
 #include <QHash>
 #include <QIcon>
 #include <QImage>
 #include <QList>
 #include <QRectF>
+#include <QRegion>
 #include <QWidget>
 
 namespace velkor {
@@ -39,7 +41,7 @@ public:
     static constexpr double SolidBackgroundAlpha = 0.95;
 
     OverlayView(OverlayModel& model, Preferences& prefs, ShellIntegration& shell,
-                QWidget* parent = nullptr);
+                KeyNaming naming = KeyNaming::pc, QWidget* parent = nullptr);
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override { return sizeHint(); }
@@ -54,6 +56,15 @@ public:
     // Whether the platform blurs behind the pill (the setting is on and the
     // platform can); otherwise the pill is filled almost opaquely.
     bool blurActive() const;
+
+    // Without a compositor nothing the window draws can be see-through: the
+    // view then paints the pill and the dots opaquely on the panel colour,
+    // with no shadow, and the window is cut to shape().
+    void setComposited(bool composited);
+    bool isComposited() const { return m_composited; }
+    // The pixels the pill and the dots cover (those whose centre lies inside
+    // them), in widget coordinates.
+    QRegion shape() const;
 
 signals:
     // The pill moved or changed size: the window updates its blur area.
@@ -95,12 +106,14 @@ private:
     OverlayModel& m_model;
     Preferences& m_prefs;
     ShellIntegration& m_shell;
+    KeyNaming m_naming;
     OverlayContent m_content;
     QImage m_shadow; // cached for m_shadowSize
     // Every model change repaints; icons are looked up once while shown.
     QHash<QString, QIcon> m_fileIcons;
     QHash<Pid, QIcon> m_processIcons;
     QSize m_shadowSize;
+    bool m_composited = true;
 };
 
 } // namespace velkor

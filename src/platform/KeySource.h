@@ -53,6 +53,7 @@ enum class KeyAccess
     notTrusted,           // the system gives this program no global keys
     activationKeyTaken,   // another program holds the activation key
     activationKeyMissing, // the keyboard map has no such key
+    waylandSession,       // a Wayland session shows global keys to no X11 program
 };
 
 // What a backend must watch besides the activation key. Backends that see

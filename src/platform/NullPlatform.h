@@ -68,14 +68,18 @@ public:
 class NullTrustCheck final : public TrustCheck
 {
 public:
-    explicit NullTrustCheck(QString explanation) : m_explanation(std::move(explanation)) {}
+    explicit NullTrustCheck(QString explanation, KeyAccess refusal = KeyAccess::notTrusted)
+        : m_explanation(std::move(explanation)), m_refusal(refusal)
+    {}
     bool isTrusted() override { return false; }
     bool requestTrust() override { return false; }
     bool openTrustSettings() override { return false; }
     QString missingExplanation() const override { return m_explanation; }
+    KeyAccess refusal() const override { return m_refusal; }
 
 private:
     QString m_explanation;
+    KeyAccess m_refusal;
 };
 
 class NullLoginItem final : public LoginItem

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "platform/KeySource.h"
+
 #include <QString>
 
 namespace velkor {
@@ -18,6 +20,9 @@ public:
     virtual bool openTrustSettings() = 0;
     // One line saying what is missing, for the onboarding window and the log.
     virtual QString missingExplanation() const = 0;
+    // Why the process is not trusted, when it is not: notTrusted, or a case
+    // the user must act on differently (waylandSession).
+    virtual KeyAccess refusal() const { return KeyAccess::notTrusted; }
 };
 
 // The login-item registration of the application itself.

@@ -12,13 +12,16 @@
 
 namespace velkor {
 
-BehaviourPane::BehaviourPane(Preferences& prefs, QWidget* parent)
+BehaviourPane::BehaviourPane(Preferences& prefs, KeyNaming naming, QWidget* parent)
+    : BehaviourPane(prefs, naming, behaviourWording(naming), parent)
+{}
+
+BehaviourPane::BehaviourPane(Preferences& prefs, KeyNaming naming, const BehaviourWording& words,
+                             QWidget* parent)
     : QWidget(parent), m_prefs(prefs),
       m_switchOnRelease(new QCheckBox(QStringLiteral("Switch on release"))),
-      m_cmdBacktickCycle(new QCheckBox(QStringLiteral("Cmd-` cycles windows of the current app"))),
-      m_replaceCommandTab(
-          new QCheckBox(QStringLiteral("Replace Cmd-Tab with Velkor's window switcher"))),
-      m_spaceMode(new QComboBox),
+      m_cmdBacktickCycle(new QCheckBox(words.cycleWindows)),
+      m_replaceCommandTab(new QCheckBox(words.replaceSwitcher)), m_spaceMode(new QComboBox),
       m_mouseFollowsFocus(new QCheckBox(QStringLiteral("Mouse follows focus")))
 {
     QVBoxLayout* pane = SettingsForm::paneColumn(this);
@@ -31,16 +34,14 @@ BehaviourPane::BehaviourPane(Preferences& prefs, QWidget* parent)
     windows->addWidget(SettingsForm::footnote(
         QStringLiteral("Double-tap and hold the activation key to search open windows directly.")));
 
-    QVBoxLayout* spaces = SettingsForm::addSection(pane, QStringLiteral("Spaces"));
+    QVBoxLayout* spaces = SettingsForm::addSection(pane, words.desktopsSection);
     auto* row = new QHBoxLayout;
     row->addWidget(new QLabel(QStringLiteral("When switching apps")));
     for (const SpaceMode mode : allSpaceModes())
-        m_spaceMode->addItem(label(mode), rawValue(mode));
+        m_spaceMode->addItem(spaceModeLabel(mode, naming), rawValue(mode));
     row->addWidget(m_spaceMode, 1);
     spaces->addLayout(row);
-    spaces->addWidget(SettingsForm::footnote(
-        QStringLiteral("Activation key + 1-9 jumps to a Space, + [ or ] moves to the adjacent "
-                       "one, Right ⌥ + 1-9 sends the window there.")));
+    spaces->addWidget(SettingsForm::footnote(words.desktopsNote));
 
     SettingsForm::addSection(pane, QStringLiteral("Focus"))->addWidget(m_mouseFollowsFocus);
     pane->addStretch(1);

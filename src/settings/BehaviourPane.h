@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "settings/PlatformTraits.h"
+
 #include <QWidget>
 
 class QCheckBox;
@@ -10,12 +12,12 @@ namespace velkor {
 
 class Preferences;
 
-// When the switch happens, the window shortcuts, Spaces and pointer focus.
+// When the switch happens, the window shortcuts, desktops and pointer focus.
 class BehaviourPane : public QWidget
 {
     Q_OBJECT
 public:
-    explicit BehaviourPane(Preferences& prefs, QWidget* parent = nullptr);
+    BehaviourPane(Preferences& prefs, KeyNaming naming, QWidget* parent = nullptr);
 
     QCheckBox& switchOnRelease() const { return *m_switchOnRelease; }
     QCheckBox& cmdBacktickCycle() const { return *m_cmdBacktickCycle; }
@@ -24,6 +26,8 @@ public:
     QCheckBox& mouseFollowsFocus() const { return *m_mouseFollowsFocus; }
 
 private:
+    BehaviourPane(Preferences& prefs, KeyNaming naming, const BehaviourWording& words,
+                  QWidget* parent);
     void showPreferences();
 
     Preferences& m_prefs;

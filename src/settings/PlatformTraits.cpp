@@ -41,6 +41,53 @@ std::optional<QString> activationKeyCaveat(ModifierKey key, KeyNaming naming)
     return std::nullopt;
 }
 
+BehaviourWording behaviourWording(KeyNaming naming)
+{
+    if (naming == KeyNaming::apple)
+        return {QStringLiteral("Cmd-` cycles windows of the current app"),
+                QStringLiteral("Replace Cmd-Tab with Velkor's window switcher"),
+                QStringLiteral("Spaces"),
+                QStringLiteral("Activation key + 1-9 jumps to a Space, + [ or ] moves to the "
+                               "adjacent one, Right ⌥ + 1-9 sends the window there.")};
+    return {QStringLiteral("Super-` cycles windows of the current app"),
+            QStringLiteral("Replace Super-Tab with Velkor's window switcher"),
+            QStringLiteral("Desktops"),
+            QStringLiteral("Activation key + 1-9 jumps to a desktop, + [ or ] moves to the "
+                           "adjacent one, Right Alt + 1-9 sends the window there.")};
+}
+
+QString spaceModeLabel(SpaceMode mode, KeyNaming naming)
+{
+    if (naming == KeyNaming::apple)
+        return label(mode);
+    switch (mode) {
+    case SpaceMode::followApp:
+        return QStringLiteral("Follow app to its desktop");
+    case SpaceMode::gatherWindows:
+        return QStringLiteral("Gather windows to current desktop");
+    }
+    return label(mode);
+}
+
+QString iconTileText(const QString& appName, KeyNaming naming)
+{
+    if (naming == KeyNaming::apple)
+        return QStringLiteral("⌘");
+    // An app's initial tells it apart where the system has no symbol for "app".
+    const QString name = appName.trimmed();
+    if (name.isEmpty())
+        return QString();
+    return name.left(name.front().isHighSurrogate() ? 2 : 1).toUpper();
+}
+
+QString waylandSessionAdvice()
+{
+    return QStringLiteral(
+        "This version of Velkor needs an X11 session. Log out, and on the login screen choose an "
+        "X11 session before entering your password (the gear or session menu: for example "
+        "\"GNOME on Xorg\", \"Plasma (X11)\" or \"Xfce Session\"), then start Velkor again.");
+}
+
 KeyAccessWording describeKeyAccess(KeyAccess access, KeyNaming naming)
 {
     const bool apple = naming == KeyNaming::apple;
@@ -69,8 +116,35 @@ KeyAccessWording describeKeyAccess(KeyAccess access, KeyNaming naming)
                 QStringLiteral("Velkor: the activation key is not on this keyboard"),
                 QStringLiteral("The activation key is not on this keyboard"),
                 QStringLiteral("Choose another activation key above.")};
+    case KeyAccess::waylandSession:
+        return {QStringLiteral("Needs an X11 session, not Wayland"),
+                QStringLiteral("Velkor: this version needs an X11 session; it cannot see the "
+                               "keyboard in a Wayland session"),
+                QStringLiteral("An X11 session is needed"), waylandSessionAdvice()};
     }
     return describeKeyAccess(KeyAccess::notTrusted, naming);
+}
+
+OnboardingWording describeOnboarding(KeyAccess refusal, KeyNaming naming, const QString& missing)
+{
+    if (naming == KeyNaming::apple)
+        return {QStringLiteral("Velkor needs Accessibility access"),
+                QStringLiteral("Velkor watches for the Right Command key to switch apps. macOS "
+                               "requires Accessibility permission for global keyboard "
+                               "access.\n\nClick below, enable Velkor in the list, then return "
+                               "here."),
+                QStringLiteral("Open Accessibility Settings")};
+    // Logging out is the only way to another session: nothing to retry.
+    if (refusal == KeyAccess::waylandSession)
+        return {QStringLiteral("Velkor needs an X11 session"),
+                missing + QStringLiteral("\n\n") + waylandSessionAdvice(), QString()};
+    // X11 gives any client the keyboard grabs Velkor needs; what can be
+    // missing is the X11 display itself or one of its extensions.
+    return {QStringLiteral("Velkor cannot watch the keyboard"),
+            missing + QStringLiteral("\n\nVelkor watches the activation key through X11 and its "
+                                     "input extensions. Log in to an X11 session (for example "
+                                     "\"GNOME on Xorg\"), then start Velkor again."),
+            QStringLiteral("Check Again")};
 }
 
 QString keyAccessLogLine(KeyAccess access, ModifierKey key, KeyNaming naming)
@@ -92,6 +166,9 @@ QString keyAccessLogLine(KeyAccess access, ModifierKey key, KeyNaming naming)
             .arg(name);
     case KeyAccess::activationKeyMissing:
         return QStringLiteral("[Velkor] the activation key %1 is not on this keyboard").arg(name);
+    case KeyAccess::waylandSession:
+        return QStringLiteral("[Velkor] this is a Wayland session: the keyboard cannot be watched; "
+                              "log in to an X11 session");
     }
     return QString();
 }

@@ -38,6 +38,23 @@ QString activationKeyLabel(ModifierKey key, KeyNaming naming);
 // A caveat about the chosen key on this platform, if there is one.
 std::optional<QString> activationKeyCaveat(ModifierKey key, KeyNaming naming);
 
+// The Behaviour pane's texts that name keys or the system's desktops.
+struct BehaviourWording
+{
+    QString cycleWindows;    // the toggle for cycling the current app's windows
+    QString replaceSwitcher; // the toggle for taking over the system's switcher
+    QString desktopsSection; // the section of the desktop (Space) controls
+    QString desktopsNote;    // its footnote
+};
+BehaviourWording behaviourWording(KeyNaming naming);
+
+// The "When switching apps" picker's entry for a mode.
+QString spaceModeLabel(SpaceMode mode, KeyNaming naming);
+
+// The text on the overlay's icon tile when the app has no icon of its own;
+// empty for a tile without text.
+QString iconTileText(const QString& appName, KeyNaming naming);
+
 // What the tray and the settings window say about the key monitor's state.
 struct KeyAccessWording
 {
@@ -47,6 +64,19 @@ struct KeyAccessWording
     QString paneDetail; // a footnote under it; empty when there is nothing to add
 };
 KeyAccessWording describeKeyAccess(KeyAccess access, KeyNaming naming);
+
+// How to get from a Wayland session to one where Velkor works.
+QString waylandSessionAdvice();
+
+// What the onboarding window says when keys cannot be watched.
+struct OnboardingWording
+{
+    QString title;
+    QString body;
+    QString requestButton; // empty where nothing the program can do would help
+};
+// refusal: why keys cannot be watched; missing: the platform's own line on it.
+OnboardingWording describeOnboarding(KeyAccess refusal, KeyNaming naming, const QString& missing);
 
 // The "[Velkor] …" log line for a new state, naming the activation key.
 QString keyAccessLogLine(KeyAccess access, ModifierKey key, KeyNaming naming);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "settings/SettingsWindow.h"
 
+#include "platform/ShellIntegration.h"
 #include "settings/AppearancePane.h"
 #include "settings/AppsPane.h"
 #include "settings/BehaviourPane.h"
@@ -60,8 +61,12 @@ QString paneTitle(SettingsPane pane)
 
 SettingsWindow::SettingsWindow(const SettingsContext& context, QWidget* parent)
     : QWidget(parent, Qt::Window), m_sidebar(new QListWidget), m_stack(new QStackedWidget),
-      m_title(new QLabel), m_version(new QLabel), m_general(new GeneralPane(context)),
-      m_behaviour(new BehaviourPane(context.prefs)),
+      m_title(new QLabel), m_version(new QLabel),
+      m_trayMissing(SettingsForm::footnote(QStringLiteral(
+          "There is no system tray on this desktop, so Velkor has no icon. To open these "
+          "settings again, start Velkor again from the applications menu (or run velkor)."))),
+      m_general(new GeneralPane(context)),
+      m_behaviour(new BehaviourPane(context.prefs, context.traits.keyNaming)),
       m_appearance(new AppearancePane(context.prefs)),
       m_apps(new AppsPane(context.prefs, context.registry, context.shell))
 {
@@ -107,7 +112,14 @@ SettingsWindow::SettingsWindow(const SettingsContext& context, QWidget* parent)
     outer->setContentsMargins(0, 0, 0, 0);
     outer->setSpacing(0);
     outer->addLayout(split, 1);
+    m_trayMissing->setContentsMargins(20, 8, 20, 0);
+    outer->addWidget(m_trayMissing);
     outer->addWidget(m_version);
+
+    ShellIntegration& shell = context.shell;
+    m_trayMissing->setVisible(!shell.hasSystemTray());
+    shell.watchSystemTray(m_trayMissing,
+                          [this, &shell] { m_trayMissing->setVisible(!shell.hasSystemTray()); });
 
     connect(m_sidebar, &QListWidget::currentRowChanged, this,
             [this](int row) { showPane(SettingsPane(row)); });

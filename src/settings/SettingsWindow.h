@@ -42,6 +42,8 @@ public:
 
     QListWidget& sidebar() const { return *m_sidebar; }
     QLabel& versionLabel() const { return *m_version; }
+    // Shown while there is no system tray: how to reach this window again.
+    QLabel& trayMissingLabel() const { return *m_trayMissing; }
     GeneralPane& general() const { return *m_general; }
     BehaviourPane& behaviour() const { return *m_behaviour; }
     AppearancePane& appearance() const { return *m_appearance; }
@@ -59,6 +61,7 @@ private:
     QStackedWidget* m_stack;
     QLabel* m_title;
     QLabel* m_version;
+    QLabel* m_trayMissing;
     GeneralPane* m_general;
     BehaviourPane* m_behaviour;
     AppearancePane* m_appearance;

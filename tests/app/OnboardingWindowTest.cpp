@@ -17,6 +17,7 @@ private slots:
     void linuxSaysWhatIsMissingAndPollsOnce();
     void grantedBeforeOpeningShowsContinue();
     void appleOpensTheAccessibilityPage();
+    void aWaylandSessionOffersNothingToRetry();
 };
 
 void OnboardingWindowTest::linuxSaysWhatIsMissingAndPollsOnce()
@@ -82,6 +83,18 @@ void OnboardingWindowTest::appleOpensTheAccessibilityPage()
     QTest::mouseClick(&window.requestButton(), Qt::LeftButton);
     QCOMPARE(platform.trust->requestCount, 1);
     QCOMPARE(platform.trust->openSettingsCount, 1);
+}
+
+void OnboardingWindowTest::aWaylandSessionOffersNothingToRetry()
+{
+    fake::FakePlatform platform;
+    platform.trust->refusedAs = KeyAccess::waylandSession;
+    PermissionsManager permissions(*platform.trust, *platform.clock);
+    OnboardingWindow window(permissions, PlatformTraits::forPlatform("xcb"), [] {});
+    window.show();
+    // Only logging in to another session helps; the way there is spelt out.
+    QVERIFY(!window.requestButton().isVisible());
+    QVERIFY(window.body().text().contains(waylandSessionAdvice()));
 }
 
 QTEST_MAIN(OnboardingWindowTest)

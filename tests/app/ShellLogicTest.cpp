@@ -71,23 +71,12 @@ private slots:
 
     void keyAccessWordsAndLogLines()
     {
-        // macOS keeps its own lines; elsewhere a refused grab is said as
-        // what it is, and no word of macOS appears in any state.
+        // macOS keeps its own lines (LinuxWordingTest covers the others).
         QCOMPARE(keyAccessLogLine(KeyAccess::active, ModifierKey::rightCommand, KeyNaming::apple),
                  QStringLiteral("[Velkor] event tap installed"));
         QCOMPARE(
             keyAccessLogLine(KeyAccess::notTrusted, ModifierKey::rightCommand, KeyNaming::apple),
             QStringLiteral("[Velkor] failed to create event tap (Accessibility not granted?)"));
-        for (const KeyAccess access :
-             {KeyAccess::active, KeyAccess::notTrusted, KeyAccess::activationKeyTaken,
-              KeyAccess::activationKeyMissing}) {
-            const KeyAccessWording words = describeKeyAccess(access, KeyNaming::pc);
-            const QString all = keyAccessLogLine(access, ModifierKey::rightCommand, KeyNaming::pc) +
-                                words.stateLine + words.toolTip + words.paneState +
-                                words.paneDetail;
-            for (const char* mac : {"Accessibility", "event tap", "Command", "⌘"})
-                QVERIFY2(!all.contains(QString::fromUtf8(mac)), qPrintable(all));
-        }
     }
 
     void launchAtLoginChangesOnlyWhatDiffersAndLogsFailures()

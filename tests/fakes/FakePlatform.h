@@ -5,6 +5,7 @@
 
 #include <QHash>
 #include <QMap>
+#include <QPointer>
 #include <QRectF>
 #include <QSet>
 #include <QStringList>
@@ -187,8 +188,10 @@ public:
     bool requestTrust() override;
     bool openTrustSettings() override;
     QString missingExplanation() const override { return QStringLiteral("not trusted (fake)"); }
+    KeyAccess refusal() const override { return refusedAs; }
 
     bool trusted = false;
+    KeyAccess refusedAs = KeyAccess::notTrusted;
     int requestCount = 0;
     int openSettingsCount = 0;
 };
@@ -220,6 +223,16 @@ class FakeShellIntegration final : public ShellIntegration
 public:
     void prepareOverlayWindow(QWindow*) override { ++preparedWindows; }
     void orderOverlayFront(QWindow* window) override { orderedFront.append(window); }
+    bool isCompositing() const override { return compositing; }
+    void watchCompositing(QObject* receiver, std::function<void()> changed) override
+    {
+        compositingWatchers.append({receiver, std::move(changed)});
+    }
+    bool hasSystemTray() const override { return tray; }
+    void watchSystemTray(QObject* receiver, std::function<void()> changed) override
+    {
+        trayWatchers.append({receiver, std::move(changed)});
+    }
     bool canBlurBehind() const override { return blur; }
     void setBlurBehind(QWindow*, const QRectF& area, qreal) override { blurArea = area; }
     void setRegularPresence(bool regular) override { presence.append(regular); }
@@ -228,6 +241,28 @@ public:
     void setReopenHandler(std::function<void()> handler) override { reopen = std::move(handler); }
     bool trayOpensMenuOnClick() const override { return trayOpensMenu; }
 
+    // As a compositing manager starting or stopping would.
+    void setCompositing(bool on)
+    {
+        compositing = on;
+        for (const auto& [receiver, changed] : compositingWatchers)
+            if (receiver)
+                changed();
+    }
+
+    // As a tray host starting or stopping would.
+    void setTray(bool on)
+    {
+        tray = on;
+        for (const auto& [receiver, changed] : trayWatchers)
+            if (receiver)
+                changed();
+    }
+
+    bool compositing = true;
+    QList<std::pair<QPointer<QObject>, std::function<void()>>> compositingWatchers;
+    bool tray = true;
+    QList<std::pair<QPointer<QObject>, std::function<void()>>> trayWatchers;
     bool blur = false;
     bool trayOpensMenu = false;
     int preparedWindows = 0;

@@ -258,6 +258,17 @@ void OverlayViewTest::iconComesFromTheEntryThenTheWindowsElseTheTile()
             QVERIFY2(!hasPixelNear(image, icon, tile, 20), qPrintable(what));
         }
     }
+
+    // Tiles tell apps without icons apart by their initial, not by one
+    // symbol for all of them.
+    const auto tileOf = [&f](const QString& name) {
+        f.model.setItems({row(name)});
+        const QImage image = f.render(Qt::black);
+        const QRectF pill = f.view.pillRect();
+        return image.copy(QRect(int(pill.left()) + OverlayView::PillPaddingX,
+                                int(pill.center().y()) - 21, 42, 42));
+    };
+    QVERIFY(tileOf(QStringLiteral("Calculator")) != tileOf(QStringLiteral("Mail")));
 }
 
 void OverlayViewTest::iconsAreLookedUpOncePerShowing()

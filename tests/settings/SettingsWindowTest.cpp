@@ -114,6 +114,13 @@ void SettingsWindowTest::sidebarSwitchesPanesAndFooterShowsVersion()
     QCOMPARE(window.currentPane(), SettingsPane::appearance);
     QVERIFY(window.appearance().isVisible());
     QVERIFY(!window.general().isVisible());
+
+    // Only without a tray does the window say how to come back to it.
+    QVERIFY(!window.trayMissingLabel().isVisible());
+    f.platform.shell->setTray(false);
+    QVERIFY(window.trayMissingLabel().isVisible());
+    f.platform.shell->setTray(true);
+    QVERIFY(!window.trayMissingLabel().isVisible());
 }
 
 void SettingsWindowTest::activationKeyPickerUsesPlatformNamesAndNotes()
@@ -259,7 +266,7 @@ void SettingsWindowTest::togglesAndPickersWriteTheirSettings()
     QVERIFY(appearance.position().isEnabled());
     QVERIFY(appearance.delaySlider().isEnabled());
 
-    choose(behaviour.spaceMode(), QStringLiteral("Gather windows to current Space"));
+    choose(behaviour.spaceMode(), QStringLiteral("Gather windows to current desktop"));
     QCOMPARE(f.stored("spaceMode").toString(), QStringLiteral("gatherWindows"));
     QCOMPARE(appearance.position().currentText(), QStringLiteral("Bottom Right"));
     choose(appearance.position(), QStringLiteral("Top Left"));

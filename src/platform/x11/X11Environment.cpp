@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+#include "platform/x11/X11Environment.h"
+
 #include "platform/NativePlatform.h"
 
 #include <QDir>
@@ -35,11 +37,18 @@ std::optional<QString> missingXcbPlugin()
 
 } // namespace
 
+bool x11::isWaylandSession()
+{
+    return qEnvironmentVariable("XDG_SESSION_TYPE")
+                   .compare(QLatin1String("wayland"), Qt::CaseInsensitive) == 0 ||
+           !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
+}
+
 std::optional<QString> prepareNativeEnvironment()
 {
     const QByteArray display = qgetenv("DISPLAY");
     if (display.isEmpty()) {
-        if (!qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY"))
+        if (x11::isWaylandSession())
             return QStringLiteral("Velkor needs an X11 session; this Wayland session offers no "
                                   "X server (DISPLAY is not set).");
         return QStringLiteral("Velkor needs an X11 display, and DISPLAY is not set.");

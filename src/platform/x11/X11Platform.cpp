@@ -6,6 +6,7 @@
 #include "platform/x11/GioInstalledAppSource.h"
 #include "platform/x11/LinuxAppcastUpdater.h"
 #include "platform/x11/X11Connection.h"
+#include "platform/x11/X11Environment.h"
 #include "platform/x11/X11KeySource.h"
 #include "platform/x11/X11ShellIntegration.h"
 #include "platform/x11/X11SpaceSystem.h"
@@ -29,7 +30,7 @@ std::unique_ptr<Platform> createNativePlatform(const QString& qtPlatformName)
     auto connection = X11Connection::fromQt();
     if (!connection) {
         auto platform = createNullPlatform(QString());
-        platform->trust = std::make_unique<X11TrustCheck>(nullptr);
+        platform->trust = std::make_unique<X11TrustCheck>(nullptr, isWaylandSession());
         return platform;
     }
     auto cache = std::make_shared<X11WindowCache>(connection);
@@ -44,7 +45,7 @@ std::unique_ptr<Platform> createNativePlatform(const QString& qtPlatformName)
     platform->windows = std::make_unique<X11WindowSystem>(cache);
     platform->spaces = std::make_unique<X11SpaceSystem>(cache);
     platform->installedApps = std::make_unique<GioInstalledAppSource>(entries);
-    platform->trust = std::make_unique<X11TrustCheck>(connection);
+    platform->trust = std::make_unique<X11TrustCheck>(connection, isWaylandSession());
     platform->loginItem =
         std::make_unique<XdgAutostartLoginItem>(QCoreApplication::applicationFilePath());
     platform->updater = std::make_unique<LinuxAppcastUpdater>(

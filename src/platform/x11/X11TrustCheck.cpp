@@ -5,8 +5,8 @@
 
 namespace velkor::x11 {
 
-X11TrustCheck::X11TrustCheck(std::shared_ptr<X11Connection> connection)
-    : m_hasDisplay(connection != nullptr)
+X11TrustCheck::X11TrustCheck(std::shared_ptr<X11Connection> connection, bool waylandSession)
+    : m_hasDisplay(connection != nullptr), m_waylandSession(waylandSession)
 {
     if (!connection)
         return;
@@ -24,6 +24,10 @@ const QStringList& X11TrustCheck::requiredExtensions()
 
 QString X11TrustCheck::missingExplanation() const
 {
+    if (m_waylandSession)
+        return QStringLiteral("This is a Wayland session: Velkor runs here through Xwayland, "
+                              "which lets it see keys only while one of its own windows has the "
+                              "focus.");
     if (!m_hasDisplay)
         return QStringLiteral("Velkor needs an X11 session: there is no connection to an X server "
                               "(a Wayland-only session cannot give it the keyboard).");

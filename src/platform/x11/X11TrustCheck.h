@@ -15,12 +15,18 @@ class X11Connection;
 class X11TrustCheck final : public TrustCheck
 {
 public:
-    explicit X11TrustCheck(std::shared_ptr<X11Connection> connection);
+    // waylandSession: the display is Xwayland's, which hands global keys to
+    // no X11 program, so keys could not be watched whatever the server has.
+    X11TrustCheck(std::shared_ptr<X11Connection> connection, bool waylandSession);
 
-    bool isTrusted() override { return m_hasDisplay && m_missing.isEmpty(); }
+    bool isTrusted() override { return m_hasDisplay && !m_waylandSession && m_missing.isEmpty(); }
     bool requestTrust() override { return isTrusted(); }
     bool openTrustSettings() override { return false; }
     QString missingExplanation() const override;
+    KeyAccess refusal() const override
+    {
+        return m_waylandSession ? KeyAccess::waylandSession : KeyAccess::notTrusted;
+    }
 
     // XTEST re-delivers passed keys, XKEYBOARD tracks modifiers and
     // mapping changes, XInputExtension sees raw key state.
@@ -28,6 +34,7 @@ public:
 
 private:
     bool m_hasDisplay = false;
+    bool m_waylandSession = false;
     QStringList m_missing;
 };
 

@@ -57,6 +57,7 @@ QProcessEnvironment VelkorInstance::environment() const
     env.insert(QStringLiteral("XDG_RUNTIME_DIR"), m_home);
     env.insert(QStringLiteral("XDG_DATA_DIRS"), QStringLiteral("/usr/share"));
     env.remove(QStringLiteral("QT_QPA_PLATFORM"));
+    env.insert(m_extra);
     return env;
 }
 

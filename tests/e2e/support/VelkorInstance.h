@@ -31,6 +31,8 @@ public:
     QString configHome() const { return m_home + QLatin1String("/config"); }
     QString dataHome() const { return m_home + QLatin1String("/data"); }
     QProcessEnvironment environment() const;
+    // A variable the next start adds to that environment.
+    void setEnvironment(const QString& name, const QString& value) { m_extra.insert(name, value); }
 
     // Writes applications/<id>.desktop under the data folder.
     void writeDesktopEntry(const QString& id, const QString& name, const QString& exec,
@@ -66,6 +68,7 @@ private:
     QString m_home;
     QProcess m_process;
     QByteArray m_output;
+    QProcessEnvironment m_extra;
 };
 
 } // namespace velkor::e2e

@@ -61,6 +61,7 @@ XDesktop::~XDesktop()
         stopProcess(*it->second);
         delete it->second;
     }
+    stopTrayHost();
     stopWindowManager();
     if (m_connection)
         xcb_disconnect(m_connection);
@@ -82,7 +83,9 @@ QProcessEnvironment XDesktop::environment() const
 {
     QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
     env.insert(QStringLiteral("DISPLAY"), display());
+    // An X11 session, whatever session the tests run from.
     env.remove(QStringLiteral("WAYLAND_DISPLAY"));
+    env.insert(QStringLiteral("XDG_SESSION_TYPE"), QStringLiteral("x11"));
     env.remove(QStringLiteral("XAUTHORITY"));
     env.insert(QStringLiteral("HOME"), m_scratch.path());
     return env;
@@ -140,6 +143,43 @@ bool XDesktop::startWindowManager()
     if (!up)
         m_error = QStringLiteral("openbox did not come up");
     return up;
+}
+
+bool XDesktop::startTrayHost()
+{
+    m_trayHost = std::make_unique<QProcess>();
+    dieWithParent(*m_trayHost);
+    m_trayHost->setProcessEnvironment(environment());
+    m_trayHost->start(QStringLiteral("trayer"),
+                      {"--edge", "top", "--align", "right", "--widthtype", "request", "--height",
+                       "24", "--SetDockType", "true"});
+    if (!m_trayHost->waitForStarted(5000)) {
+        m_error = QStringLiteral("trayer is not installed");
+        m_trayHost.reset();
+        return false;
+    }
+    const xcb_atom_t selection = atom("_NET_SYSTEM_TRAY_S0");
+    const bool up = waitFor(
+        [&] {
+            const auto owner = reply(xcb_get_selection_owner_reply(
+                m_connection, xcb_get_selection_owner(m_connection, selection), nullptr));
+            return owner && owner->owner != XCB_NONE;
+        },
+        5000);
+    if (!up) {
+        m_error = QStringLiteral("trayer did not take the tray selection");
+        return false;
+    }
+    // trayer owns the selection before its panel is up to take icons.
+    settle(500);
+    return true;
+}
+
+void XDesktop::stopTrayHost()
+{
+    if (m_trayHost)
+        stopProcess(*m_trayHost);
+    m_trayHost.reset();
 }
 
 bool XDesktop::windowManagerIsUp() const
@@ -508,18 +548,30 @@ void XDesktop::settle(int ms)
     }
 }
 
+QImage XDesktop::grab(const QRect& area) const
+{
+    auto cookie =
+        xcb_get_image(m_connection, XCB_IMAGE_FORMAT_Z_PIXMAP, m_root, int16_t(area.x()),
+                      int16_t(area.y()), uint16_t(area.width()), uint16_t(area.height()), ~0u);
+    auto r = reply(xcb_get_image_reply(m_connection, cookie, nullptr));
+    if (!r || r->depth != 24)
+        return {};
+    // Depth 24 comes as 32-bit pixels, 0xXXRRGGBB in the server's order.
+    return QImage(xcb_get_image_data(r.get()), area.width(), area.height(), QImage::Format_RGB32)
+        .copy();
+}
+
+QRgb XDesktop::pixel(QPoint where) const
+{
+    const QImage image = grab(QRect(where, QSize(1, 1)));
+    return image.isNull() ? 0 : image.pixel(0, 0);
+}
+
 bool XDesktop::screenshot(const QString& path) const
 {
     const xcb_screen_t* screen = xcb_setup_roots_iterator(xcb_get_setup(m_connection)).data;
-    auto cookie = xcb_get_image(m_connection, XCB_IMAGE_FORMAT_Z_PIXMAP, m_root, 0, 0,
-                                screen->width_in_pixels, screen->height_in_pixels, ~0u);
-    auto r = reply(xcb_get_image_reply(m_connection, cookie, nullptr));
-    if (!r || r->depth != 24)
-        return false;
-    // Depth 24 comes as 32-bit pixels, 0xXXRRGGBB in the server's order.
-    const QImage image(xcb_get_image_data(r.get()), screen->width_in_pixels,
-                       screen->height_in_pixels, QImage::Format_RGB32);
-    return image.copy().save(path, "PNG");
+    const QImage image = grab(QRect(0, 0, screen->width_in_pixels, screen->height_in_pixels));
+    return !image.isNull() && image.save(path, "PNG");
 }
 
 } // namespace velkor::e2e

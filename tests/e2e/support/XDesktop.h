@@ -3,6 +3,7 @@
 
 #include <QElapsedTimer>
 #include <QHash>
+#include <QImage>
 #include <QList>
 #include <QPoint>
 #include <QProcess>
@@ -65,6 +66,10 @@ public:
     void killWindowManager();
     // Starts another one that takes over from the running one.
     bool replaceWindowManager();
+    // A system tray host (trayer, top right) that takes icons once this
+    // returns; false with a reason in error() when it cannot start.
+    bool startTrayHost();
+    void stopTrayHost();
     // Kills the X server itself (SIGKILL).
     void killServer();
 
@@ -126,7 +131,9 @@ public:
     // Lets the event loops of every client run for a while.
     static void settle(int ms);
 
-    // The root window as a PNG file.
+    // What the screen shows: an area, one pixel, the whole of it as a PNG file.
+    QImage grab(const QRect& area) const;
+    QRgb pixel(QPoint where) const;
     bool screenshot(const QString& path) const;
 
     xcb_connection_t* connection() const { return m_connection; }
@@ -145,6 +152,7 @@ private:
     QStringList m_serverArguments;
     QProcess m_server;
     std::unique_ptr<QProcess> m_windowManager;
+    std::unique_ptr<QProcess> m_trayHost;
     QList<std::pair<xcb_window_t, QProcess*>> m_clients;
     xcb_connection_t* m_connection = nullptr;
     xcb_window_t m_root = 0;
