@@ -9,13 +9,13 @@ packages=(
     cmake g++ make pkg-config clang-format
     qt6-base-dev qt6-base-dev-tools qt6-qpa-plugins libgl-dev
     libx11-dev libxcb1-dev libxcb-xtest0-dev libxcb-res0-dev libxcb-ewmh-dev libxcb-icccm4-dev
-    libxcb-keysyms1-dev libxcb-xkb-dev libxcb-xinput-dev
+    libxcb-keysyms1-dev libxcb-xkb-dev libxcb-xinput-dev libxcb-xfixes0-dev
     libxcb-damage0-dev # velkor-x11-bench sees the overlay's first frame through DAMAGE
     libxkbcommon-dev libxkbcommon-x11-dev libglib2.0-dev
     # run
     fonts-league-spartan dbus-x11 dbus-daemon
     # the demo desktop and the end-to-end suite
-    xvfb xauth openbox xterm x11-apps x11-utils x11-xserver-utils x11-xkb-utils xdotool wmctrl trayer procps
+    xvfb xauth openbox xterm x11-apps x11-utils x11-xserver-utils x11-xkb-utils xdotool wmctrl trayer xcompmgr procps
     # the installed files' checks, the app icon's script, the Debian package
     desktop-file-utils appstream man-db file python3 dpkg-dev lintian
 )

@@ -59,6 +59,26 @@ QPainterPath capsulePath(const QRectF& rect)
     return path;
 }
 
+// The pixels whose centre lies inside the capsule (a circle when square), row
+// by row: the window's edge is then where the antialiased edge is half covered.
+QRegion capsuleRegion(const QRectF& rect)
+{
+    QRegion region;
+    const double radius = std::min(rect.width(), rect.height()) / 2;
+    const double centreY = rect.center().y();
+    for (int y = int(std::floor(rect.top())); y < int(std::ceil(rect.bottom())); ++y) {
+        const double dy = std::abs(y + 0.5 - centreY);
+        if (dy >= radius)
+            continue;
+        const double dx = std::sqrt(radius * radius - dy * dy);
+        const int left = int(std::ceil(rect.left() + radius - dx - 0.5));
+        const int right = int(std::floor(rect.right() - radius + dx - 0.5));
+        if (right >= left)
+            region += QRect(left, y, right - left + 1, 1);
+    }
+    return region;
+}
+
 QFont chipFont(const OverlayChip& chip)
 {
     return chip.monospaced ? OverlayFonts::monospaced(QueryPixels)
@@ -98,7 +118,24 @@ QColor OverlayView::accent() const
 
 bool OverlayView::blurActive() const
 {
-    return m_prefs.blurEnabled() && m_shell.canBlurBehind();
+    return m_composited && m_prefs.blurEnabled() && m_shell.canBlurBehind();
+}
+
+void OverlayView::setComposited(bool composited)
+{
+    if (composited == m_composited)
+        return;
+    m_composited = composited;
+    update();
+}
+
+QRegion OverlayView::shape() const
+{
+    const Geometry g = geometryFor(size());
+    QRegion region = capsuleRegion(g.pill);
+    for (const QRectF& dot : g.dots)
+        region += capsuleRegion(dot);
+    return region;
 }
 
 double OverlayView::textColumnWidth() const
@@ -236,7 +273,16 @@ void OverlayView::paintEvent(QPaintEvent*)
     painter.setRenderHint(QPainter::SmoothPixmapTransform);
 
     const Geometry g = geometryFor(size());
-    paintShadow(painter, g.pill);
+    if (m_composited) {
+        paintShadow(painter, g.pill);
+    } else {
+        // The window is cut to shape(): the pixels at its edge, which the
+        // capsule and the dots only partly cover, show the panel colour where
+        // a see-through window would show the desktop.
+        painter.setCompositionMode(QPainter::CompositionMode_Source);
+        painter.fillRect(rect(), windowColor(isLight()));
+        painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
+    }
 
     painter.save();
     painter.setClipPath(capsulePath(g.pill));
@@ -270,7 +316,7 @@ void OverlayView::paintShadow(QPainter& painter, const QRectF& pill)
 void OverlayView::paintBackground(QPainter& painter, const QRectF& pill) const
 {
     const bool light = isLight();
-    const double alpha = blurActive() ? BlurTintAlpha : SolidBackgroundAlpha;
+    const double alpha = blurActive() ? BlurTintAlpha : m_composited ? SolidBackgroundAlpha : 1.0;
     // The shadow lies under the pill; clear it first so a see-through tint
     // shows the blurred desktop rather than a darkened one.
     painter.setCompositionMode(QPainter::CompositionMode_Source);

@@ -8,6 +8,7 @@
 #include <QImage>
 #include <QList>
 #include <QRectF>
+#include <QRegion>
 #include <QWidget>
 
 namespace velkor {
@@ -55,6 +56,15 @@ public:
     // platform can); otherwise the pill is filled almost opaquely.
     bool blurActive() const;
 
+    // Without a compositor nothing the window draws can be see-through: the
+    // view then paints the pill and the dots opaquely on the panel colour,
+    // with no shadow, and the window is cut to shape().
+    void setComposited(bool composited);
+    bool isComposited() const { return m_composited; }
+    // The pixels the pill and the dots cover (those whose centre lies inside
+    // them), in widget coordinates.
+    QRegion shape() const;
+
 signals:
     // The pill moved or changed size: the window updates its blur area.
     void pillGeometryChanged();
@@ -101,6 +111,7 @@ private:
     QHash<QString, QIcon> m_fileIcons;
     QHash<Pid, QIcon> m_processIcons;
     QSize m_shadowSize;
+    bool m_composited = true;
 };
 
 } // namespace velkor

@@ -39,8 +39,10 @@ OverlayWindow::OverlayWindow(OverlayModel& model, Preferences& prefs, ShellInteg
     create();
     m_shell.prepareOverlayWindow(windowHandle());
 
-    connect(m_view, &OverlayView::pillGeometryChanged, this, &OverlayWindow::updateBlur);
+    connect(m_view, &OverlayView::pillGeometryChanged, this, &OverlayWindow::pillChanged);
     connect(&m_prefs, &Preferences::blurEnabledChanged, this, &OverlayWindow::updateBlur);
+    m_shell.watchCompositing(this, [this] { followCompositing(); });
+    followCompositing();
 }
 
 OverlayWindow::~OverlayWindow() = default;
@@ -72,7 +74,7 @@ void OverlayWindow::setFrame(const QRectF& frame)
 {
     // Whole pixels: the origin rounded, the size kept.
     setGeometry(QRect(frame.topLeft().toPoint(), frame.size().toSize()));
-    updateBlur();
+    pillChanged();
     if (isVisible())
         repaint();
 }
@@ -87,6 +89,12 @@ void OverlayWindow::orderFront()
 void OverlayWindow::fadeIn(double seconds)
 {
     m_fade->stop();
+    // Without a compositor the window's opacity means nothing: it appears at once.
+    if (!m_view->isComposited()) {
+        setWindowOpacity(1.0);
+        orderFront();
+        return;
+    }
     setWindowOpacity(0.0);
     show();
     m_shell.orderOverlayFront(windowHandle());
@@ -103,6 +111,31 @@ void OverlayWindow::orderOut()
 bool OverlayWindow::isFading() const
 {
     return m_fade->state() == QAbstractAnimation::Running;
+}
+
+void OverlayWindow::followCompositing()
+{
+    const bool composited = m_shell.isCompositing();
+    if (!composited && isFading()) {
+        m_fade->stop();
+        setWindowOpacity(1.0);
+    }
+    m_view->setComposited(composited);
+    pillChanged();
+}
+
+void OverlayWindow::pillChanged()
+{
+    updateBlur();
+    updateShape();
+}
+
+void OverlayWindow::updateShape()
+{
+    if (m_view->isComposited())
+        clearMask();
+    else
+        setMask(m_view->shape().translated(m_view->pos()));
 }
 
 void OverlayWindow::updateBlur()

@@ -17,7 +17,10 @@ class ShellIntegration;
 // The floating window that holds the overlay view: frameless, translucent,
 // above other windows, and never focused, so the app the user works in keeps
 // the keyboard while it shows. The platform's own touches (window type,
-// every-desktop presence, blur) come from the shell integration.
+// every-desktop presence, blur) come from the shell integration. Without a
+// compositor a see-through window shows black where it is clear, so it is
+// then opaque, cut to the pill and the dots, and shown without a fade; it
+// follows the compositor as it starts and stops.
 class OverlayWindow final : public QWidget, public OverlayPanel
 {
     Q_OBJECT
@@ -39,7 +42,10 @@ public:
     bool isFading() const;
 
 private:
+    void followCompositing();
+    void pillChanged();
     void updateBlur();
+    void updateShape();
 
     Preferences& m_prefs;
     ShellIntegration& m_shell;

@@ -4,6 +4,7 @@
 #include "platform/Workspace.h"
 
 #include <QIcon>
+#include <QObject>
 #include <QRectF>
 #include <QString>
 #include <QWindow>
@@ -25,6 +26,18 @@ public:
     // Brings the shown overlay window to the front of its level without
     // activating this application: the app the user works in keeps focus.
     virtual void orderOverlayFront(QWindow* window) { window->raise(); }
+
+    // Whether see-through pixels of a window blend with what lies behind it.
+    // On X11 that takes a compositing manager; without one (openbox, i3, XFCE
+    // with compositing off) they show as black.
+    virtual bool isCompositing() const { return true; }
+    // Calls changed on receiver's thread each time isCompositing() changes,
+    // for as long as receiver lives.
+    virtual void watchCompositing(QObject* receiver, std::function<void()> changed)
+    {
+        Q_UNUSED(receiver);
+        Q_UNUSED(changed);
+    }
 
     // Whether the platform can blur what lies behind a window.
     virtual bool canBlurBehind() const = 0;

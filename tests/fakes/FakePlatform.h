@@ -5,6 +5,7 @@
 
 #include <QHash>
 #include <QMap>
+#include <QPointer>
 #include <QRectF>
 #include <QSet>
 #include <QStringList>
@@ -220,6 +221,11 @@ class FakeShellIntegration final : public ShellIntegration
 public:
     void prepareOverlayWindow(QWindow*) override { ++preparedWindows; }
     void orderOverlayFront(QWindow* window) override { orderedFront.append(window); }
+    bool isCompositing() const override { return compositing; }
+    void watchCompositing(QObject* receiver, std::function<void()> changed) override
+    {
+        compositingWatchers.append({receiver, std::move(changed)});
+    }
     bool canBlurBehind() const override { return blur; }
     void setBlurBehind(QWindow*, const QRectF& area, qreal) override { blurArea = area; }
     void setRegularPresence(bool regular) override { presence.append(regular); }
@@ -228,6 +234,17 @@ public:
     void setReopenHandler(std::function<void()> handler) override { reopen = std::move(handler); }
     bool trayOpensMenuOnClick() const override { return trayOpensMenu; }
 
+    // As a compositing manager starting or stopping would.
+    void setCompositing(bool on)
+    {
+        compositing = on;
+        for (const auto& [receiver, changed] : compositingWatchers)
+            if (receiver)
+                changed();
+    }
+
+    bool compositing = true;
+    QList<std::pair<QPointer<QObject>, std::function<void()>>> compositingWatchers;
     bool blur = false;
     bool trayOpensMenu = false;
     int preparedWindows = 0;

@@ -47,6 +47,7 @@ private slots:
     void followsTheContentWhenLaidOutAgain();
     void fadesInAndHidesAtOnce();
     void blurAreaFollowsThePill();
+    void withoutACompositorItIsCutToThePillAndOpaque();
 };
 
 void OverlayWindowTest::windowIsAnUnfocusableOverlay()
@@ -156,6 +157,78 @@ void OverlayWindowTest::blurAreaFollowsThePill()
     f.controller.layout(f.window());
     QCOMPARE(shell.blurArea, f.window().view().pillRect());
     QVERIFY(shell.blurArea.width() > 200);
+}
+
+// Without a compositor the X server shows a window's pixels as they are,
+// alpha dropped: anything see-through shows black. So the window is cut to
+// the pill and the dots, everything inside is opaque, the edge pixels are
+// the panel colour, and it appears at once. A compositor starting or
+// stopping switches the window over while it lives.
+void OverlayWindowTest::withoutACompositorItIsCutToThePillAndOpaque()
+{
+    Fixture f;
+    fake::FakeShellIntegration& shell = *f.platform.shell;
+    shell.compositing = false;
+    shell.blur = true; // a blur cannot be had without a compositor
+    f.prefs.setTheme(AppTheme::light);
+    f.controller.model().setItems({row("Safari"), row("Slack")});
+    f.controller.showNow();
+    OverlayWindow& window = f.window();
+    OverlayView& view = window.view();
+    QVERIFY(window.isVisible());
+    QVERIFY(!window.isFading());
+    QCOMPARE(window.windowOpacity(), 1.0);
+    QVERIFY(!view.blurActive());
+
+    const QRegion mask = window.mask();
+    const QRectF pill = view.pillRect();
+    const QList<QRectF> dots = view.dotRects();
+    QCOMPARE(dots.size(), 2);
+    QVERIFY(mask.contains(pill.center().toPoint()));
+    for (const QRectF& dot : dots)
+        QVERIFY(mask.contains(dot.center().toPoint()));
+    const QPoint leftEdge(int(pill.left()), int(pill.center().y()));
+    QVERIFY(mask.contains(leftEdge));
+    QVERIFY(!mask.contains(leftEdge - QPoint(2, 0)));
+    QVERIFY(!mask.contains(pill.topLeft().toPoint())); // the capsule's rounded corner
+    QVERIFY(!mask.contains(QPoint(1, 1)));             // the margin
+    QVERIFY(!mask.contains(QPoint(int(pill.center().x()), int(pill.bottom()) + 4)));
+
+    // Everything inside is opaque; the pill's edge is the light panel, not a
+    // dark fringe.
+    QCOMPARE(view.geometry(), window.rect());
+    QImage image(view.size(), QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::transparent);
+    view.render(&image);
+    for (const QRect& r : mask) {
+        for (int y = r.top(); y <= r.bottom(); ++y) {
+            for (int x = r.left(); x <= r.right(); ++x)
+                QCOMPARE(qAlpha(image.pixel(x, y)), 255);
+            if (y < pill.bottom()) {
+                QVERIFY(qGray(image.pixel(r.left(), y)) > 225);
+                QVERIFY(qGray(image.pixel(r.right(), y)) > 225);
+            }
+        }
+    }
+
+    // A compositor starts: see-through again, with its shadow and fade.
+    shell.setCompositing(true);
+    QVERIFY(window.mask().isEmpty());
+    QVERIFY(view.blurActive());
+    image.fill(Qt::transparent);
+    view.render(&image);
+    QCOMPARE(qAlpha(image.pixel(1, 1)), 0);
+    const QPoint shadow(int(pill.center().x()), int(pill.bottom()) + 3);
+    QVERIFY(qAlpha(image.pixel(shadow)) > 0 && qAlpha(image.pixel(shadow)) < 255);
+    f.controller.hide();
+    f.controller.showNow();
+    QVERIFY(window.isFading());
+
+    // And stops in the middle of a fade: cut again, shown fully at once.
+    shell.setCompositing(false);
+    QVERIFY(!window.isFading());
+    QCOMPARE(window.windowOpacity(), 1.0);
+    QCOMPARE(window.mask(), view.shape());
 }
 
 QTEST_MAIN(OverlayWindowTest)

@@ -39,7 +39,6 @@ constexpr std::array<const char*, size_t(Atom::Count)> AtomNames = {
     "_NET_CLOSE_WINDOW",
     "_NET_RESTACK_WINDOW",
     "_NET_FRAME_EXTENTS",
-    "_NET_WM_CM_S0",
     "_KDE_NET_WM_BLUR_BEHIND_REGION",
     "_GTK_APPLICATION_ID",
     "UTF8_STRING",
@@ -83,6 +82,11 @@ std::shared_ptr<X11Connection> X11Connection::fromQt()
 X11Connection::X11Connection(xcb_connection_t* connection, xcb_window_t root, _XDisplay* xlib)
     : m_connection(connection), m_root(root), m_xlib(xlib)
 {
+    int number = 0;
+    for (auto it = xcb_setup_roots_iterator(xcb_get_setup(connection)); it.rem;
+         xcb_screen_next(&it), ++number)
+        if (it.data->root == root)
+            m_screenNumber = number;
     internAtoms();
 }
 

@@ -54,7 +54,6 @@ enum class Atom
     NetCloseWindow,
     NetRestackWindow,
     NetFrameExtents,
-    NetWmCmS0,
     KdeBlurBehindRegion,
     GtkApplicationId,
     Utf8String,
@@ -81,6 +80,8 @@ public:
 
     xcb_connection_t* get() const { return m_connection; }
     xcb_window_t root() const { return m_root; }
+    // The number of root()'s screen, as selections such as _NET_WM_CM_S<n> name it.
+    int screenNumber() const { return m_screenNumber; }
     xcb_atom_t atom(Atom which) const { return m_atoms[size_t(which)]; }
     bool hasExtension(const char* name) const;
 
@@ -114,6 +115,7 @@ private:
 
     xcb_connection_t* m_connection;
     xcb_window_t m_root;
+    int m_screenNumber = 0;
     _XDisplay* m_xlib;
     std::array<xcb_atom_t, size_t(Atom::Count)> m_atoms{};
     xcb_timestamp_t m_lastTime = XCB_CURRENT_TIME;

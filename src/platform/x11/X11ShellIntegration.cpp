@@ -3,6 +3,7 @@
 
 #include "platform/x11/Gio.h"
 #include "platform/x11/X11Connection.h"
+#include "platform/x11/X11SelectionWatch.h"
 #include "platform/x11/X11WindowCache.h"
 #include "platform/x11/X11WindowIcon.h"
 #include "platform/x11/XdgDesktopEntry.h"
@@ -23,8 +24,17 @@ constexpr quint32 MaxIconValues = 1u << 18;
 
 X11ShellIntegration::X11ShellIntegration(std::shared_ptr<X11Connection> connection,
                                          std::shared_ptr<const X11WindowCache> windows)
-    : m_connection(std::move(connection)), m_windows(std::move(windows))
-{}
+    : m_connection(std::move(connection)), m_windows(std::move(windows)),
+      m_compositor(std::make_unique<X11SelectionWatch>(m_connection, "_NET_WM_CM_S"))
+{
+    readBlurSupport();
+    // A compositor that starts may be the window manager itself (KWin), with
+    // a new list of what it supports.
+    QObject::connect(m_compositor.get(), &X11SelectionWatch::ownershipChanged, m_compositor.get(),
+                     [this] { readBlurSupport(); });
+}
+
+X11ShellIntegration::~X11ShellIntegration() = default;
 
 void X11ShellIntegration::prepareOverlayWindow(QWindow* window)
 {
@@ -35,25 +45,37 @@ void X11ShellIntegration::prepareOverlayWindow(QWindow* window)
                      Qt::X11BypassWindowManagerHint);
 }
 
-bool X11ShellIntegration::canBlurBehind() const
+bool X11ShellIntegration::isCompositing() const
 {
-    if (!m_connection)
-        return false;
-    xcb_connection_t* c = m_connection->get();
-    // A compositor owns _NET_WM_CM_S0; the blur itself is KDE's protocol,
-    // announced in _NET_SUPPORTED.
-    auto owner = reply(xcb_get_selection_owner_reply(
-        c, xcb_get_selection_owner(c, m_connection->atom(Atom::NetWmCmS0)), nullptr));
-    if (!owner || owner->owner == NoWindow)
-        return false;
+    return m_compositor->isOwned();
+}
+
+void X11ShellIntegration::watchCompositing(QObject* receiver, std::function<void()> changed)
+{
+    // Queued: the change is seen inside Qt's event dispatch, where repainting
+    // and reshaping windows at once is best avoided.
+    QObject::connect(
+        m_compositor.get(), &X11SelectionWatch::ownershipChanged, receiver,
+        [changed = std::move(changed)] { changed(); }, Qt::QueuedConnection);
+}
+
+void X11ShellIntegration::readBlurSupport()
+{
+    // The blur is KDE's protocol, announced in _NET_SUPPORTED.
     const auto supported = m_connection->cardinals(
         m_connection->root(), m_connection->atom(Atom::NetSupported), XCB_ATOM_ATOM);
-    return supported && supported->contains(m_connection->atom(Atom::KdeBlurBehindRegion));
+    m_blurSupported =
+        supported && supported->contains(m_connection->atom(Atom::KdeBlurBehindRegion));
+}
+
+bool X11ShellIntegration::canBlurBehind() const
+{
+    return m_blurSupported && isCompositing();
 }
 
 void X11ShellIntegration::setBlurBehind(QWindow* window, const QRectF& area, qreal)
 {
-    if (!window || !m_connection || !canBlurBehind())
+    if (!window || !canBlurBehind())
         return;
     const auto id = xcb_window_t(window->winId());
     const xcb_atom_t property = m_connection->atom(Atom::KdeBlurBehindRegion);

@@ -508,18 +508,30 @@ void XDesktop::settle(int ms)
     }
 }
 
+QImage XDesktop::grab(const QRect& area) const
+{
+    auto cookie =
+        xcb_get_image(m_connection, XCB_IMAGE_FORMAT_Z_PIXMAP, m_root, int16_t(area.x()),
+                      int16_t(area.y()), uint16_t(area.width()), uint16_t(area.height()), ~0u);
+    auto r = reply(xcb_get_image_reply(m_connection, cookie, nullptr));
+    if (!r || r->depth != 24)
+        return {};
+    // Depth 24 comes as 32-bit pixels, 0xXXRRGGBB in the server's order.
+    return QImage(xcb_get_image_data(r.get()), area.width(), area.height(), QImage::Format_RGB32)
+        .copy();
+}
+
+QRgb XDesktop::pixel(QPoint where) const
+{
+    const QImage image = grab(QRect(where, QSize(1, 1)));
+    return image.isNull() ? 0 : image.pixel(0, 0);
+}
+
 bool XDesktop::screenshot(const QString& path) const
 {
     const xcb_screen_t* screen = xcb_setup_roots_iterator(xcb_get_setup(m_connection)).data;
-    auto cookie = xcb_get_image(m_connection, XCB_IMAGE_FORMAT_Z_PIXMAP, m_root, 0, 0,
-                                screen->width_in_pixels, screen->height_in_pixels, ~0u);
-    auto r = reply(xcb_get_image_reply(m_connection, cookie, nullptr));
-    if (!r || r->depth != 24)
-        return false;
-    // Depth 24 comes as 32-bit pixels, 0xXXRRGGBB in the server's order.
-    const QImage image(xcb_get_image_data(r.get()), screen->width_in_pixels,
-                       screen->height_in_pixels, QImage::Format_RGB32);
-    return image.copy().save(path, "PNG");
+    const QImage image = grab(QRect(0, 0, screen->width_in_pixels, screen->height_in_pixels));
+    return !image.isNull() && image.save(path, "PNG");
 }
 
 } // namespace velkor::e2e

@@ -3,6 +3,7 @@
 
 #include <QElapsedTimer>
 #include <QHash>
+#include <QImage>
 #include <QList>
 #include <QPoint>
 #include <QProcess>
@@ -126,7 +127,9 @@ public:
     // Lets the event loops of every client run for a while.
     static void settle(int ms);
 
-    // The root window as a PNG file.
+    // What the screen shows: an area, one pixel, the whole of it as a PNG file.
+    QImage grab(const QRect& area) const;
+    QRgb pixel(QPoint where) const;
     bool screenshot(const QString& path) const;
 
     xcb_connection_t* connection() const { return m_connection; }
