@@ -160,7 +160,7 @@ void StatusItemControllerTest::aPlainClickOpensTheMenuOnce()
 {
     fake::FakePlatform platform;
     PermissionsManager permissions(*platform.trust, *platform.clock);
-    StatusMenuModel model(permissions);
+    StatusMenuModel model(permissions, KeyNaming::pc);
     for (const bool trayOpensMenu : {false, true}) {
         StatusItemController controller(model, trayOpensMenu);
         controller.install();
