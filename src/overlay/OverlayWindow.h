@@ -3,6 +3,7 @@
 
 #include "overlay/OverlayPanel.h"
 
+#include <QTimer>
 #include <QWidget>
 
 class QPropertyAnimation;
@@ -51,6 +52,7 @@ private:
     ShellIntegration& m_shell;
     OverlayView* m_view;
     QPropertyAnimation* m_fade;
+    QTimer m_releaseHeap;
 };
 
 } // namespace velkor
