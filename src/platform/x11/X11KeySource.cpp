@@ -149,9 +149,6 @@ void X11KeySource::readEvents()
     while (xcb_generic_event_t* event = xcb_poll_for_event(m_connection)) {
         handleEvent(event);
         free(event);
-        // A handler may have ended the source's connection.
-        if (!m_connection)
-            return;
     }
     // A server that went away leaves the socket readable for ever; Qt ends
     // the program with a line of its own.
@@ -232,7 +229,10 @@ void X11KeySource::selectRawKeyEvents()
 // Event times are the server's; the first answer that comes at once ties
 // them to the Clock, before keys queued behind a stall could arrive first
 // and make the tie late. An empty change of a property of our own window
-// comes back with the server's time.
+// comes back with the server's time. It is waited for here, one round trip:
+// nothing else reads this connection before the event loop runs, and a
+// program stopped before then would otherwise tie the times to the moment
+// it went on.
 void X11KeySource::askServerTime()
 {
     m_timeProbe = xcb_generate_id(m_connection);
@@ -243,6 +243,14 @@ void X11KeySource::askServerTime()
     xcb_change_property(m_connection, XCB_PROP_MODE_APPEND, m_timeProbe, XCB_ATOM_WM_NAME,
                         XCB_ATOM_STRING, 8, 0, nullptr);
     xcb_flush(m_connection);
+    // Raw modifier events may come first; they are handled as they come.
+    while (m_timeProbe) {
+        xcb_generic_event_t* event = xcb_wait_for_event(m_connection);
+        if (!event)
+            break; // the server went away
+        handleEvent(event);
+        free(event);
+    }
 }
 
 X11ModifierState X11KeySource::modifiersOnServer() const
