@@ -32,6 +32,7 @@ struct OverlayContent
     int selectedDot = -1;
 
     static OverlayContent of(const OverlayModel& model);
+    friend bool operator==(const OverlayContent&, const OverlayContent&) = default;
 };
 
 } // namespace velkor

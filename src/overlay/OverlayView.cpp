@@ -92,6 +92,7 @@ OverlayView::OverlayView(OverlayModel& model, Preferences& prefs, ShellIntegrati
     : QWidget(parent), m_model(model), m_prefs(prefs), m_shell(shell), m_naming(naming),
       m_content(OverlayContent::of(model))
 {
+    measure();
     setAttribute(Qt::WA_TranslucentBackground);
     setMouseTracking(true);
     connect(&m_model, &OverlayModel::changed, this, &OverlayView::contentChanged);
@@ -100,7 +101,13 @@ OverlayView::OverlayView(OverlayModel& model, Preferences& prefs, ShellIntegrati
 
 void OverlayView::contentChanged()
 {
-    m_content = OverlayContent::of(m_model);
+    // The model notifies on every write, and a session's refresh writes
+    // five times; only a change of what is shown costs a layout and paint.
+    OverlayContent content = OverlayContent::of(m_model);
+    if (content == m_content)
+        return;
+    m_content = std::move(content);
+    measure();
     updateGeometry();
     update();
     emit pillGeometryChanged();
@@ -132,48 +139,59 @@ void OverlayView::setComposited(bool composited)
 QRegion OverlayView::shape() const
 {
     const Geometry g = geometryFor(size());
+    if (g.pill == m_shapePill && g.dots == m_shapeDots && !m_shape.isEmpty())
+        return m_shape;
     QRegion region = capsuleRegion(g.pill);
     for (const QRectF& dot : g.dots)
         region += capsuleRegion(dot);
+    m_shapePill = g.pill;
+    m_shapeDots = g.dots;
+    m_shape = region;
     return region;
 }
 
-double OverlayView::textColumnWidth() const
+void OverlayView::measure()
 {
-    double width =
-        QFontMetricsF(OverlayFonts::title(TitlePixels)).horizontalAdvance(m_content.primary);
+    const QFontMetricsF title(OverlayFonts::title(TitlePixels));
+    m_measures.titleHeight = title.height();
+    double width = title.horizontalAdvance(m_content.primary);
+    double height = m_measures.titleHeight;
     if (m_content.secondary) {
         const QFontMetricsF metrics(OverlayFonts::system(SecondaryPixels, QFont::Normal));
         width = std::max(width, metrics.horizontalAdvance(*m_content.secondary));
+        height += TextLineGap + metrics.height();
     }
-    return std::ceil(width);
+    m_measures.textColumnWidth = std::ceil(width);
+    m_measures.textColumnHeight = std::ceil(height);
+    m_measures.chip = {};
+    if (m_content.chip) {
+        const OverlayChip& chip = *m_content.chip;
+        const double padding = chip.monospaced ? QueryChipPadding : BadgeChipPadding;
+        const double text = QFontMetricsF(chipFont(chip)).horizontalAdvance(chip.text);
+        m_measures.chip = {std::max<double>(ChipMinWidth, std::ceil(text + 2 * padding)),
+                           ChipHeight};
+    }
 }
 
-double OverlayView::textColumnHeight() const
+void OverlayView::changeEvent(QEvent* event)
 {
-    double height = QFontMetricsF(OverlayFonts::title(TitlePixels)).height();
-    if (m_content.secondary)
-        height += TextLineGap +
-                  QFontMetricsF(OverlayFonts::system(SecondaryPixels, QFont::Normal)).height();
-    return std::ceil(height);
-}
-
-QSizeF OverlayView::chipSize() const
-{
-    if (!m_content.chip)
-        return {};
-    const OverlayChip& chip = *m_content.chip;
-    const double padding = chip.monospaced ? QueryChipPadding : BadgeChipPadding;
-    const double text = QFontMetricsF(chipFont(chip)).horizontalAdvance(chip.text);
-    return {std::max<double>(ChipMinWidth, std::ceil(text + 2 * padding)), ChipHeight};
+    QWidget::changeEvent(event);
+    // The system font changed under the texts.
+    if (event->type() == QEvent::FontChange || event->type() == QEvent::ApplicationFontChange) {
+        measure();
+        updateGeometry();
+        update();
+        emit pillGeometryChanged();
+    }
 }
 
 QSizeF OverlayView::naturalPillSize() const
 {
-    double width = PillPaddingX + IconSize + PillSpacing + textColumnWidth() + PillPaddingX;
-    double inner = std::max<double>(IconSize, textColumnHeight());
+    double width =
+        PillPaddingX + IconSize + PillSpacing + m_measures.textColumnWidth + PillPaddingX;
+    double inner = std::max<double>(IconSize, m_measures.textColumnHeight);
     if (m_content.chip) {
-        width += PillSpacing + ChipLeading + chipSize().width();
+        width += PillSpacing + ChipLeading + m_measures.chip.width();
         inner = std::max<double>(inner, ChipHeight);
     }
     return {std::max<double>(width, PillMinWidth), inner + 2 * PillPaddingY};
@@ -205,8 +223,8 @@ OverlayView::Geometry OverlayView::geometryFor(const QSize& size) const
                     natural.height());
 
     // Content centred within a pill wider than it (the minimum width).
-    const QSizeF chip = chipSize();
-    double contentWidth = IconSize + PillSpacing + textColumnWidth();
+    const QSizeF chip = m_measures.chip;
+    double contentWidth = IconSize + PillSpacing + m_measures.textColumnWidth;
     if (m_content.chip)
         contentWidth += PillSpacing + ChipLeading + chip.width();
     const double inner = pillWidth - 2 * PillPaddingX;
@@ -220,8 +238,8 @@ OverlayView::Geometry OverlayView::geometryFor(const QSize& size) const
     // squeezes the texts, which are then elided.
     const double chipSpace = m_content.chip ? PillSpacing + ChipLeading + chip.width() : 0;
     const double textWidth = std::max(0.0, g.pill.right() - PillPaddingX - chipSpace - x);
-    const double columnHeight = textColumnHeight();
-    const double titleHeight = QFontMetricsF(OverlayFonts::title(TitlePixels)).height();
+    const double columnHeight = m_measures.textColumnHeight;
+    const double titleHeight = m_measures.titleHeight;
     const double top = midY - columnHeight / 2;
     g.primary = QRectF(x, top, textWidth, titleHeight);
     if (m_content.secondary)

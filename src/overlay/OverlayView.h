@@ -71,6 +71,7 @@ signals:
     void pillGeometryChanged();
 
 protected:
+    void changeEvent(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void hideEvent(QHideEvent* event) override;
@@ -88,11 +89,19 @@ private:
         QList<QRectF> dots;
     };
 
+    // The texts' extents, shaped once per content: layout, paint, shape and
+    // hit tests all ask for the geometry.
+    struct Measures
+    {
+        double textColumnWidth = 0;
+        double textColumnHeight = 0;
+        double titleHeight = 0;
+        QSizeF chip;
+    };
+
     void contentChanged();
+    void measure();
     QSizeF naturalPillSize() const;
-    double textColumnWidth() const;
-    double textColumnHeight() const;
-    QSizeF chipSize() const;
     Geometry geometryFor(const QSize& size) const;
 
     void paintShadow(QPainter& painter, const QRectF& pill);
@@ -108,6 +117,11 @@ private:
     ShellIntegration& m_shell;
     KeyNaming m_naming;
     OverlayContent m_content;
+    Measures m_measures;
+    // shape() of the last pill and dots it was asked for.
+    mutable QRectF m_shapePill;
+    mutable QList<QRectF> m_shapeDots;
+    mutable QRegion m_shape;
     QImage m_shadow; // cached for m_shadowSize
     // Every model change repaints; icons are looked up once while shown.
     QHash<QString, QIcon> m_fileIcons;

@@ -2,6 +2,7 @@
 #include "overlay/OverlayWindow.h"
 
 #include "overlay/OverlayView.h"
+#include "platform/HeapRelease.h"
 #include "platform/ShellIntegration.h"
 #include "settings/Preferences.h"
 
@@ -14,6 +15,13 @@
 #include <QWindow>
 
 namespace velkor {
+
+namespace {
+
+// Long enough that a burst of sessions pays for it once, after the last.
+constexpr int ReleaseHeapAfterHiddenMs = 2000;
+
+} // namespace
 
 OverlayWindow::OverlayWindow(OverlayModel& model, Preferences& prefs, ShellIntegration& shell,
                              KeyNaming naming)
@@ -35,6 +43,13 @@ OverlayWindow::OverlayWindow(OverlayModel& model, Preferences& prefs, ShellInteg
     m_fade->setEasingCurve(QEasingCurve::OutCubic);
     m_fade->setStartValue(0.0);
     m_fade->setEndValue(1.0);
+
+    // What a showing allocated (icons, text layouts, the view's caches) is
+    // freed by the time the window hides, but the allocator keeps it; once
+    // the window has stayed hidden a moment it is asked to give it back.
+    m_releaseHeap.setSingleShot(true);
+    m_releaseHeap.setInterval(ReleaseHeapAfterHiddenMs);
+    m_releaseHeap.callOnTimeout(this, [] { releaseFreeHeap(); });
 
     // The native window must exist before the platform can make it an overlay.
     create();
@@ -82,6 +97,7 @@ void OverlayWindow::setFrame(const QRectF& frame)
 
 void OverlayWindow::orderFront()
 {
+    m_releaseHeap.stop();
     if (!isVisible())
         show();
     m_shell.orderOverlayFront(windowHandle());
@@ -97,6 +113,7 @@ void OverlayWindow::fadeIn(double seconds)
         return;
     }
     setWindowOpacity(0.0);
+    m_releaseHeap.stop();
     show();
     m_shell.orderOverlayFront(windowHandle());
     m_fade->setDuration(int(seconds * 1000));
@@ -106,6 +123,8 @@ void OverlayWindow::fadeIn(double seconds)
 void OverlayWindow::orderOut()
 {
     m_fade->stop();
+    if (isVisible())
+        m_releaseHeap.start();
     hide();
 }
 

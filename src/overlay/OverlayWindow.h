@@ -4,6 +4,7 @@
 #include "overlay/OverlayPanel.h"
 #include "settings/PlatformTraits.h"
 
+#include <QTimer>
 #include <QWidget>
 
 class QPropertyAnimation;
@@ -53,6 +54,7 @@ private:
     ShellIntegration& m_shell;
     OverlayView* m_view;
     QPropertyAnimation* m_fade;
+    QTimer m_releaseHeap;
 };
 
 } // namespace velkor

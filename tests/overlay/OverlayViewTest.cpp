@@ -327,6 +327,17 @@ void OverlayViewTest::sizeFollowsTheContent()
     f.model.setItems(many);
     QCOMPARE(f.view.sizeHint().width(),
              40 * OverlayView::DotSize + 39 * OverlayView::DotSpacing + 2 * OverlayView::Padding);
+
+    // A session's refresh writes the model several times over; only a write
+    // that changes what is shown lays the view out and paints it again.
+    QSignalSpy laidOut(&f.view, &OverlayView::pillGeometryChanged);
+    f.model.setMode(f.model.mode());
+    f.model.setQuery(f.model.query());
+    f.model.setItems(many);
+    f.model.setSelection(f.model.selection());
+    QCOMPARE(laidOut.count(), 0);
+    f.model.setSelection(f.model.selection() + 1);
+    QCOMPARE(laidOut.count(), 1);
 }
 
 void OverlayViewTest::clickActivatesAndHoverSelects()

@@ -17,6 +17,10 @@
 #include <xcb/xkb.h>
 #undef explicit
 
+// Xlib's, declared here: its header's macros (None, KeyPress, Bool) would
+// collide with xcb's and ours.
+extern "C" char* XDisplayString(_XDisplay* display);
+
 namespace velkor {
 
 namespace {
@@ -49,26 +53,28 @@ constexpr int KeymapSettleMs = 50;
 
 } // namespace
 
-X11KeySource::X11KeySource(const Clock& clock) : m_clock(clock)
+X11KeySource::X11KeySource(const Clock& clock, ServerTimeSink noteServerTime)
+    : m_clock(clock), m_noteServerTime(std::move(noteServerTime))
 {
     m_keymapChanged.setSingleShot(true);
     m_keymapChanged.setInterval(KeymapSettleMs);
     m_keymapChanged.callOnTimeout([this] { reloadKeymap(); });
+    m_queuedEvents.setSingleShot(true);
+    m_queuedEvents.setInterval(0);
+    m_queuedEvents.callOnTimeout([this] { readEvents(); });
 }
 
 X11KeySource::~X11KeySource()
 {
-    // Qt closes its connection with the application; our grabs go with it.
-    QCoreApplication* app = QCoreApplication::instance();
-    if (!m_installed || !app)
-        return;
-    app->removeNativeEventFilter(this);
-    m_grabs->liftAll();
-    if (m_timeProbe)
-        xcb_destroy_window(m_connection, m_timeProbe);
-    if (m_keyboardGrabbed)
-        xcb_ungrab_keyboard(m_connection, XCB_CURRENT_TIME);
-    xcb_flush(m_connection);
+    if (m_installed) {
+        m_grabs->liftAll();
+        if (m_timeProbe)
+            xcb_destroy_window(m_connection, m_timeProbe);
+        if (m_keyboardGrabbed)
+            xcb_ungrab_keyboard(m_connection, XCB_CURRENT_TIME);
+        xcb_flush(m_connection);
+    }
+    disconnect();
 }
 
 bool X11KeySource::install(Callback callback)
@@ -79,24 +85,28 @@ bool X11KeySource::install(Callback callback)
     if (!connectToServer())
         return false;
     if (!prepareExtensions()) {
-        m_connection = nullptr;
+        disconnect();
         return false;
     }
     m_keymap = std::make_unique<X11Keymap>(m_connection);
     if (!m_keymap->reload()) {
         qCWarning(lcKeys) << "cannot read the keyboard map from the X server";
-        m_connection = nullptr;
+        m_keymap.reset();
+        disconnect();
         return false;
     }
     m_grabs = std::make_unique<X11KeyGrabs>(m_connection, m_root);
     selectRawKeyEvents();
     m_modifiers = modifiersOnServer();
-    QCoreApplication::instance()->installNativeEventFilter(this);
+    m_readable = std::make_unique<QSocketNotifier>(xcb_get_file_descriptor(m_connection),
+                                                   QSocketNotifier::Read);
+    QObject::connect(m_readable.get(), &QSocketNotifier::activated, [this] { readEvents(); });
     askServerTime();
     m_installed = true;
     // A refused activation key leaves the source installed: access() says
     // so, and the watchdog tries again.
     applyGrabs();
+    readQueuedEventsSoon();
     return true;
 }
 
@@ -108,9 +118,42 @@ bool X11KeySource::connectToServer()
         qCWarning(lcKeys) << "no X11 connection: global keys need the xcb platform";
         return false;
     }
-    m_connection = x11->connection();
-    m_root = xcb_setup_roots_iterator(xcb_get_setup(m_connection)).data->root;
+    // The same server as Qt's, under the name Qt opened it by.
+    const char* name = x11->display() ? XDisplayString(x11->display()) : nullptr;
+    int screen = 0;
+    m_connection = xcb_connect(name, &screen);
+    if (xcb_connection_has_error(m_connection)) {
+        qCWarning(lcKeys) << "cannot open a connection to the X server for the keys";
+        disconnect();
+        return false;
+    }
+    auto roots = xcb_setup_roots_iterator(xcb_get_setup(m_connection));
+    for (int i = 0; i < screen && roots.rem > 1; ++i)
+        xcb_screen_next(&roots);
+    m_root = roots.data->root;
     return true;
+}
+
+void X11KeySource::disconnect()
+{
+    m_readable.reset();
+    m_queuedEvents.stop();
+    if (m_connection)
+        xcb_disconnect(std::exchange(m_connection, nullptr));
+}
+
+void X11KeySource::readEvents()
+{
+    if (!m_connection)
+        return;
+    while (xcb_generic_event_t* event = xcb_poll_for_event(m_connection)) {
+        handleEvent(event);
+        free(event);
+    }
+    // A server that went away leaves the socket readable for ever; Qt ends
+    // the program with a line of its own.
+    if (xcb_connection_has_error(m_connection) && m_readable)
+        m_readable->setEnabled(false);
 }
 
 bool X11KeySource::prepareExtensions()
@@ -186,7 +229,10 @@ void X11KeySource::selectRawKeyEvents()
 // Event times are the server's; the first answer that comes at once ties
 // them to the Clock, before keys queued behind a stall could arrive first
 // and make the tie late. An empty change of a property of our own window
-// comes back with the server's time.
+// comes back with the server's time. It is waited for here, one round trip:
+// nothing else reads this connection before the event loop runs, and a
+// program stopped before then would otherwise tie the times to the moment
+// it went on.
 void X11KeySource::askServerTime()
 {
     m_timeProbe = xcb_generate_id(m_connection);
@@ -197,6 +243,14 @@ void X11KeySource::askServerTime()
     xcb_change_property(m_connection, XCB_PROP_MODE_APPEND, m_timeProbe, XCB_ATOM_WM_NAME,
                         XCB_ATOM_STRING, 8, 0, nullptr);
     xcb_flush(m_connection);
+    // Raw modifier events may come first; they are handled as they come.
+    while (m_timeProbe) {
+        xcb_generic_event_t* event = xcb_wait_for_event(m_connection);
+        if (!event)
+            break; // the server went away
+        handleEvent(event);
+        free(event);
+    }
 }
 
 X11ModifierState X11KeySource::modifiersOnServer() const
@@ -242,8 +296,10 @@ void X11KeySource::watch(const KeyWatch& keys)
     if (keys.activationKeyCode != m_watch.activationKeyCode)
         m_activationDelivered = false;
     m_watch = keys;
-    if (m_installed)
+    if (m_installed) {
         applyGrabs();
+        readQueuedEventsSoon();
+    }
 }
 
 std::optional<xcb_keycode_t> X11KeySource::activationKeycode() const
@@ -313,6 +369,7 @@ void X11KeySource::recover()
     resynchroniseModifiers();
     releaseKeyboardIfActivationUp();
     m_grabs->retryDue(m_clock.now());
+    readQueuedEventsSoon();
 }
 
 void X11KeySource::reloadKeymap()
@@ -335,52 +392,50 @@ void X11KeySource::reloadKeymap()
     // change whenever another keyboard (XTEST among them) types, with
     // nothing changed.
     applyGrabs();
+    readQueuedEventsSoon();
 }
 
-bool X11KeySource::nativeEventFilter(const QByteArray& eventType, void* message, qintptr*)
+void X11KeySource::handleEvent(const xcb_generic_event_t* event)
 {
-    if (eventType != "xcb_generic_event_t")
-        return false;
-    auto* event = static_cast<xcb_generic_event_t*>(message);
     const uint8_t type = event->response_type & 0x7f;
     switch (type) {
     case XCB_KEY_PRESS:
     case XCB_KEY_RELEASE: {
-        auto* key = reinterpret_cast<xcb_key_press_event_t*>(event);
-        // Only our grabs report keys on the root; Qt's windows keep theirs.
-        if (key->event != m_root)
-            return false;
-        handleKey(key, type == XCB_KEY_PRESS);
-        return true;
+        auto* key = reinterpret_cast<const xcb_key_press_event_t*>(event);
+        if (m_noteServerTime)
+            m_noteServerTime(key->time);
+        // Only our grabs report keys, on the root.
+        if (key->event == m_root)
+            handleKey(key, type == XCB_KEY_PRESS);
+        return;
     }
     case XCB_GE_GENERIC: {
-        auto* generic = reinterpret_cast<xcb_ge_generic_event_t*>(event);
-        if (generic->extension != m_xinputOpcode)
-            return false;
-        if (generic->event_type != XCB_INPUT_RAW_KEY_PRESS &&
-            generic->event_type != XCB_INPUT_RAW_KEY_RELEASE)
-            return false;
-        auto* raw = reinterpret_cast<xcb_input_raw_key_press_event_t*>(event);
+        auto* generic = reinterpret_cast<const xcb_ge_generic_event_t*>(event);
+        if (generic->extension != m_xinputOpcode ||
+            (generic->event_type != XCB_INPUT_RAW_KEY_PRESS &&
+             generic->event_type != XCB_INPUT_RAW_KEY_RELEASE))
+            return;
+        auto* raw = reinterpret_cast<const xcb_input_raw_key_press_event_t*>(event);
         // Raw events only track modifiers: the keys themselves went to
         // whoever holds the keyboard, or to the focused window.
         const auto keyCode = X11KeyTranslator::keyCodeForXKeycode(raw->detail);
         if (keyCode && X11KeyTranslator::isModifier(*keyCode))
             handleModifier(*keyCode, generic->event_type == XCB_INPUT_RAW_KEY_PRESS, false,
                            m_eventTime.toClock(raw->time, m_clock.now()));
-        return true;
+        return;
     }
     case XCB_PROPERTY_NOTIFY: {
-        auto* property = reinterpret_cast<xcb_property_notify_event_t*>(event);
+        auto* property = reinterpret_cast<const xcb_property_notify_event_t*>(event);
         if (!m_timeProbe || property->window != m_timeProbe)
-            return false;
+            return;
         m_eventTime.toClock(property->time, m_clock.now());
         xcb_destroy_window(m_connection, std::exchange(m_timeProbe, XCB_NONE));
         xcb_flush(m_connection);
-        return true;
+        return;
     }
     case XCB_MAPPING_NOTIFY:
         m_keymapChanged.start();
-        return false; // Qt reloads its own map too
+        return;
     default:
         if (type == m_xkbEventBase) {
             // Every XKB event shares one code; the second byte says which.
@@ -388,7 +443,7 @@ bool X11KeySource::nativeEventFilter(const QByteArray& eventType, void* message,
             if (xkbType == XCB_XKB_NEW_KEYBOARD_NOTIFY || xkbType == XCB_XKB_MAP_NOTIFY)
                 m_keymapChanged.start();
         }
-        return false;
+        return;
     }
 }
 

@@ -8,16 +8,19 @@
 #include "platform/x11/X11Keymap.h"
 #include "platform/x11/X11ModifierState.h"
 
-#include <QAbstractNativeEventFilter>
 #include <QList>
+#include <QSocketNotifier>
 #include <QTimer>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <xcb/xcb.h>
 
 namespace velkor {
 
-// The key monitor's events from the X server, on Qt's own connection.
+// The key monitor's events from the X server, on a connection of our own
+// read on the main thread: a key reaches the monitor without waiting for
+// Qt's reader thread to pass it on, and Qt's events never queue before it.
 //
 // A passive grab of the activation key makes the server hand us every key
 // pressed while it is held, so nothing typed under it reaches the focused
@@ -32,10 +35,14 @@ namespace velkor {
 // from the server again while any is believed down, in case a release never
 // came. A key the monitor passes while we hold the keyboard is typed again
 // into the focused window through XTEST.
-class X11KeySource final : public KeySource, private QAbstractNativeEventFilter
+class X11KeySource final : public KeySource
 {
 public:
-    explicit X11KeySource(const Clock& clock);
+    // Told the server time of every key event, which Qt's connection no
+    // longer sees: requests made for a key carry its time.
+    using ServerTimeSink = std::function<void(xcb_timestamp_t)>;
+
+    explicit X11KeySource(const Clock& clock, ServerTimeSink noteServerTime = {});
     ~X11KeySource() override;
 
     // True once the X server offers what is needed; whether the activation
@@ -48,10 +55,18 @@ public:
     KeyAccess access() const override;
     void recover() override;
 
+    // One event of the source's own connection. Public so that a test can
+    // hand in what the server cannot be made to send: a release that never
+    // comes.
+    void handleEvent(const xcb_generic_event_t* event);
+
 private:
-    bool nativeEventFilter(const QByteArray& eventType, void* message, qintptr* result) override;
+    void readEvents();
+    // Events a blocking reply read into xcb's queue leave the socket quiet.
+    void readQueuedEventsSoon() { m_queuedEvents.start(); }
 
     bool connectToServer();
+    void disconnect();
     bool prepareExtensions();
     void selectRawKeyEvents();
     void askServerTime();
@@ -72,6 +87,7 @@ private:
     void releaseKeyboardIfActivationUp();
 
     const Clock& m_clock;
+    ServerTimeSink m_noteServerTime;
     Callback m_callback;
     KeyWatch m_watch;
     bool m_installed = false;
@@ -95,6 +111,8 @@ private:
     bool m_keyboardGrabbed = false;
     std::optional<unsigned int> m_keyboardGrabRequest;
     QTimer m_keymapChanged;
+    std::unique_ptr<QSocketNotifier> m_readable;
+    QTimer m_queuedEvents;
 };
 
 } // namespace velkor

@@ -39,7 +39,8 @@ std::unique_ptr<Platform> createNativePlatform(const QString& qtPlatformName)
     auto entries = std::make_shared<XdgDesktopEntryIndex>();
     auto platform = std::make_unique<Platform>();
     platform->clock = std::make_unique<QtClock>();
-    platform->keys = std::make_unique<X11KeySource>(*platform->clock);
+    platform->keys = std::make_unique<X11KeySource>(
+        *platform->clock, [connection](xcb_timestamp_t time) { connection->noteTime(time); });
     platform->workspace =
         std::make_unique<X11Workspace>(cache, entries, Pid(QCoreApplication::applicationPid()));
     platform->windows = std::make_unique<X11WindowSystem>(cache);
