@@ -48,8 +48,6 @@ void OnboardingWindowTest::linuxSaysWhatIsMissingAndPollsOnce()
     QVERIFY(!window.requestButton().isVisible());
     QVERIFY(window.grantedLabel().isVisible());
     QVERIFY(window.continueButton().isVisible());
-    platform.clock->advance(5.0);
-    QCOMPARE(granted, 1);
 
     // Continue (Return) finishes onboarding again; the app tolerates that.
     QTest::keyClick(&window, Qt::Key_Return);
