@@ -91,7 +91,6 @@ class SettingsWindowTest : public QObject
 private slots:
     void sidebarSwitchesPanesAndFooterShowsVersion();
     void activationKeyPickerUsesPlatformNamesAndNotes();
-    void launchAtLoginRegistersOnceEachWay();
     void keyAccessRowAndKeyCheckFollowTheMonitor();
     void togglesAndPickersWriteTheirSettings();
     void settingsChangedElsewhereShowInTheControls();
@@ -157,26 +156,6 @@ void SettingsWindowTest::activationKeyPickerUsesPlatformNamesAndNotes()
     SettingsWindow& mac = f.makeWindow(KeyNaming::apple);
     QCOMPARE(mac.general().activationKeyPicker().currentText(), QStringLiteral("Right Option (⌥)"));
     QVERIFY(!mac.general().keyCaveat().isVisible());
-}
-
-void SettingsWindowTest::launchAtLoginRegistersOnceEachWay()
-{
-    Fixture f;
-    SettingsWindow& window = f.makeWindow();
-    QCheckBox& toggle = window.general().launchAtLogin();
-    fake::FakeLoginItem& item = *f.platform.loginItem;
-    QVERIFY(!toggle.isChecked());
-
-    click(&toggle);
-    QVERIFY(f.prefs.launchAtLogin());
-    QCOMPARE(f.stored("launchAtLogin").toBool(), true);
-    QCOMPARE(item.registerCalls, 1);
-    QCOMPARE(item.status(), LoginItem::Status::Enabled);
-
-    click(&toggle);
-    QVERIFY(!f.prefs.launchAtLogin());
-    QCOMPARE(item.unregisterCalls, 1);
-    QCOMPARE(item.registerCalls, 1);
 }
 
 void SettingsWindowTest::keyAccessRowAndKeyCheckFollowTheMonitor()
@@ -246,6 +225,7 @@ void SettingsWindowTest::togglesAndPickersWriteTheirSettings()
         bool before;
     } toggles[] = {
         {SettingsPane::general, &general.searchIncludesApps(), "searchIncludesApps", true},
+        {SettingsPane::general, &general.launchAtLogin(), "launchAtLogin", false},
         {SettingsPane::behaviour, &behaviour.switchOnRelease(), "switchOnRelease", false},
         {SettingsPane::behaviour, &behaviour.cmdBacktickCycle(), "cmdBacktickCycle", true},
         {SettingsPane::behaviour, &behaviour.replaceCommandTab(), "replaceCommandTab", false},
@@ -261,6 +241,13 @@ void SettingsWindowTest::togglesAndPickersWriteTheirSettings()
     }
     QCOMPARE(f.prefs.switchOnRelease(), true);
     QCOMPARE(f.prefs.blurEnabled(), false);
+    // Launch at login registers once each way.
+    fake::FakeLoginItem& item = *f.platform.loginItem;
+    QCOMPARE(item.registerCalls, 1);
+    window.showPane(SettingsPane::general);
+    click(&general.launchAtLogin());
+    QCOMPARE(item.unregisterCalls, 1);
+    QCOMPARE(item.registerCalls, 1);
     // The overlay's other controls stay usable while it is switched off.
     QVERIFY(!f.prefs.overlayEnabled());
     QVERIFY(appearance.position().isEnabled());
