@@ -210,8 +210,7 @@ private slots:
                         "modifierKey=hyper\n"
                         "spaceMode=GatherWindows\n"
                         "theme=Dark\n"
-                        "accentHex=1, 2\n"
-                        "letterUsage=x\n");
+                        "accentHex=1, 2\n");
         Preferences prefs(iniAt(path));
         QCOMPARE(prefs.overlayEnabled(), true);
         QCOMPARE(prefs.blurEnabled(), true);
@@ -222,7 +221,6 @@ private slots:
         QCOMPARE(prefs.spaceMode(), SpaceMode::followApp);
         QCOMPARE(prefs.theme(), AppTheme::system);
         QCOMPARE(prefs.accentHex(), QStringLiteral("#FEBC2E"));
-        QVERIFY(prefs.letterUsage().isEmpty());
         // Loading never rewrites what it rejected.
         QSettings raw(path, QSettings::IniFormat);
         QCOMPARE(raw.value(QStringLiteral("theme")).toString(), QStringLiteral("Dark"));
@@ -391,12 +389,6 @@ private slots:
         Preferences prefs(iniAt(copy));
         QVERIFY(prefs.excludedBundleIds().isEmpty());
         QVERIFY(prefs.letterUsage().isEmpty());
-
-        // Lists written by hand: a bare word is a list of one.
-        const QString handWritten = dir.filePath(QStringLiteral("hand.conf"));
-        writeFile(handWritten, "[General]\nexcludedBundleIds=com.only\n");
-        QCOMPARE(Preferences(iniAt(handWritten)).excludedBundleIds(),
-                 QStringList{QStringLiteral("com.only")});
     }
 
     // The setters keep their values' rules in memory and in the store, and
