@@ -93,8 +93,7 @@ private slots:
     void activationKeyPickerUsesPlatformNamesAndNotes();
     void keyAccessRowAndKeyCheckFollowTheMonitor();
     void togglesAndPickersWriteTheirSettings();
-    void settingsChangedElsewhereShowInTheControls();
-    void delaySliderStaysOnTheGrid();
+    void delaySliderStaysOnTheGridAndControlsFollowTheSettings();
     void appsPaneExcludesAndRefreshes();
 };
 
@@ -264,22 +263,7 @@ void SettingsWindowTest::togglesAndPickersWriteTheirSettings()
     QCOMPARE(f.prefs.theme(), AppTheme::dark);
 }
 
-void SettingsWindowTest::settingsChangedElsewhereShowInTheControls()
-{
-    Fixture f;
-    SettingsWindow& window = f.makeWindow();
-    f.prefs.setMouseFollowsFocus(true);
-    f.prefs.setOverlayPosition(OverlayPosition::center);
-    f.prefs.setModifierKey(ModifierKey::leftControl);
-    f.prefs.setOverlayDelay(0.5);
-    QVERIFY(window.behaviour().mouseFollowsFocus().isChecked());
-    QCOMPARE(window.appearance().position().currentText(), QStringLiteral("Center"));
-    QCOMPARE(window.general().activationKeyPicker().currentText(), QStringLiteral("Left Ctrl"));
-    QCOMPARE(window.appearance().delayText().text(), QStringLiteral("0.50s"));
-    QCOMPARE(window.appearance().delaySlider().value(), 10);
-}
-
-void SettingsWindowTest::delaySliderStaysOnTheGrid()
+void SettingsWindowTest::delaySliderStaysOnTheGridAndControlsFollowTheSettings()
 {
     Fixture f;
     SettingsWindow& window = f.makeWindow();
@@ -299,6 +283,17 @@ void SettingsWindowTest::delaySliderStaysOnTheGrid()
         QCOMPARE(f.stored("overlayDelay").toDouble(), QString::fromLatin1(seconds).toDouble());
         QCOMPARE(pane.delayText().text(), QString::fromLatin1(seconds) + QLatin1Char('s'));
     }
+
+    // Settings changed elsewhere show in the controls.
+    f.prefs.setMouseFollowsFocus(true);
+    f.prefs.setOverlayPosition(OverlayPosition::center);
+    f.prefs.setModifierKey(ModifierKey::leftControl);
+    f.prefs.setOverlayDelay(0.5);
+    QVERIFY(window.behaviour().mouseFollowsFocus().isChecked());
+    QCOMPARE(pane.position().currentText(), QStringLiteral("Center"));
+    QCOMPARE(window.general().activationKeyPicker().currentText(), QStringLiteral("Left Ctrl"));
+    QCOMPARE(pane.delayText().text(), QStringLiteral("0.50s"));
+    QCOMPARE(slider.value(), 10);
 }
 
 void SettingsWindowTest::appsPaneExcludesAndRefreshes()
