@@ -27,13 +27,12 @@ class OverlayContentTest : public QObject
 {
     Q_OBJECT
 private slots:
-    void emptyModelAsksForALetterOrSaysNoMatch();
+    void emptyModelAndUntitledWindowsHaveTheirOwnWords();
     void switchShowsTheBadgeSearchTheQueryAndSubtitle();
-    void windowsModeFallsBackForUntitledWindows();
     void accentIsKeptOnDarkAndDarkenedOnLight();
 };
 
-void OverlayContentTest::emptyModelAsksForALetterOrSaysNoMatch()
+void OverlayContentTest::emptyModelAndUntitledWindowsHaveTheirOwnWords()
 {
     OverlayModel model;
     auto content = OverlayContent::of(model);
@@ -56,6 +55,30 @@ void OverlayContentTest::emptyModelAsksForALetterOrSaysNoMatch()
     model.setItems({item("Safari")});
     model.setSelection(3);
     QCOMPARE(OverlayContent::of(model).primary, QStringLiteral("Press a letter"));
+
+    // An untitled window shows its app's name, else "Window".
+    model.setMode(ModeWindows);
+    model.setItems(
+        {item("", QStringLiteral("Terminal")), item(""), item("Inbox", QStringLiteral("Mail"))});
+    model.setSelection(0);
+    content = OverlayContent::of(model);
+    QCOMPARE(content.primary, QStringLiteral("Terminal"));
+    QCOMPARE(content.secondary, QStringLiteral("Terminal"));
+
+    model.setSelection(1);
+    content = OverlayContent::of(model);
+    QCOMPARE(content.primary, QStringLiteral("Window"));
+    QVERIFY(!content.secondary);
+
+    model.setSelection(2);
+    content = OverlayContent::of(model);
+    QCOMPARE(content.primary, QStringLiteral("Inbox"));
+    QCOMPARE(content.secondary, QStringLiteral("Mail"));
+
+    // Outside window mode an untitled row shows its (empty) title.
+    model.setMode(ModeSwitch);
+    model.setSelection(0);
+    QCOMPARE(OverlayContent::of(model).primary, QString());
 }
 
 void OverlayContentTest::switchShowsTheBadgeSearchTheQueryAndSubtitle()
@@ -96,32 +119,6 @@ void OverlayContentTest::switchShowsTheBadgeSearchTheQueryAndSubtitle()
 
     model.setQuery(QString());
     QCOMPARE(OverlayContent::of(model).chip, (OverlayChip{QStringLiteral("S"), false}));
-}
-
-void OverlayContentTest::windowsModeFallsBackForUntitledWindows()
-{
-    OverlayModel model;
-    model.setMode(ModeWindows);
-    model.setItems(
-        {item("", QStringLiteral("Terminal")), item(""), item("Inbox", QStringLiteral("Mail"))});
-    auto content = OverlayContent::of(model);
-    QCOMPARE(content.primary, QStringLiteral("Terminal"));
-    QCOMPARE(content.secondary, QStringLiteral("Terminal"));
-
-    model.setSelection(1);
-    content = OverlayContent::of(model);
-    QCOMPARE(content.primary, QStringLiteral("Window"));
-    QVERIFY(!content.secondary);
-
-    model.setSelection(2);
-    content = OverlayContent::of(model);
-    QCOMPARE(content.primary, QStringLiteral("Inbox"));
-    QCOMPARE(content.secondary, QStringLiteral("Mail"));
-
-    // Outside window mode an untitled row shows its (empty) title.
-    model.setMode(ModeSwitch);
-    model.setSelection(0);
-    QCOMPARE(OverlayContent::of(model).primary, QString());
 }
 
 void OverlayContentTest::accentIsKeptOnDarkAndDarkenedOnLight()
