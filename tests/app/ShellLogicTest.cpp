@@ -67,11 +67,8 @@ private slots:
         QCOMPARE(spy.count(), 2);
         QCOMPARE(spy.at(0).at(0).value<KeyAccess>(), KeyAccess::activationKeyTaken);
         QCOMPARE(perms.keyAccess(), KeyAccess::active);
-    }
 
-    void keyAccessWordsAndLogLines()
-    {
-        // macOS keeps its own lines (LinuxWordingTest covers the others).
+        // macOS keeps its own log lines (LinuxWordingTest covers the others).
         QCOMPARE(keyAccessLogLine(KeyAccess::active, ModifierKey::rightCommand, KeyNaming::apple),
                  QStringLiteral("[Velkor] event tap installed"));
         QCOMPARE(

@@ -27,14 +27,12 @@ class OverlayContentTest : public QObject
 {
     Q_OBJECT
 private slots:
-    void emptyModelAsksForALetterOrSaysNoMatch();
-    void switchModeShowsTitleAndBadgeOnly();
-    void searchModeShowsQueryChipAndSubtitle();
-    void windowsModeFallsBackForUntitledWindows();
+    void emptyModelAndUntitledWindowsHaveTheirOwnWords();
+    void switchShowsTheBadgeSearchTheQueryAndSubtitle();
     void accentIsKeptOnDarkAndDarkenedOnLight();
 };
 
-void OverlayContentTest::emptyModelAsksForALetterOrSaysNoMatch()
+void OverlayContentTest::emptyModelAndUntitledWindowsHaveTheirOwnWords()
 {
     OverlayModel model;
     auto content = OverlayContent::of(model);
@@ -57,9 +55,33 @@ void OverlayContentTest::emptyModelAsksForALetterOrSaysNoMatch()
     model.setItems({item("Safari")});
     model.setSelection(3);
     QCOMPARE(OverlayContent::of(model).primary, QStringLiteral("Press a letter"));
+
+    // An untitled window shows its app's name, else "Window".
+    model.setMode(ModeWindows);
+    model.setItems(
+        {item("", QStringLiteral("Terminal")), item(""), item("Inbox", QStringLiteral("Mail"))});
+    model.setSelection(0);
+    content = OverlayContent::of(model);
+    QCOMPARE(content.primary, QStringLiteral("Terminal"));
+    QCOMPARE(content.secondary, QStringLiteral("Terminal"));
+
+    model.setSelection(1);
+    content = OverlayContent::of(model);
+    QCOMPARE(content.primary, QStringLiteral("Window"));
+    QVERIFY(!content.secondary);
+
+    model.setSelection(2);
+    content = OverlayContent::of(model);
+    QCOMPARE(content.primary, QStringLiteral("Inbox"));
+    QCOMPARE(content.secondary, QStringLiteral("Mail"));
+
+    // Outside window mode an untitled row shows its (empty) title.
+    model.setMode(ModeSwitch);
+    model.setSelection(0);
+    QCOMPARE(OverlayContent::of(model).primary, QString());
 }
 
-void OverlayContentTest::switchModeShowsTitleAndBadgeOnly()
+void OverlayContentTest::switchShowsTheBadgeSearchTheQueryAndSubtitle()
 {
     OverlayModel model;
     OverlayItem safari = item("Safari", QStringLiteral("Running"), QStringLiteral("s"));
@@ -80,16 +102,12 @@ void OverlayContentTest::switchModeShowsTitleAndBadgeOnly()
 
     model.setItems({item("Terminal")});
     QVERIFY(!OverlayContent::of(model).chip);
-}
 
-void OverlayContentTest::searchModeShowsQueryChipAndSubtitle()
-{
-    OverlayModel model;
     model.setMode(ModeSearch);
     model.setItems({item("Safari", QStringLiteral("Running"), QStringLiteral("s")),
                     item("Slack", std::nullopt, QStringLiteral("s"))});
     model.setQuery(QStringLiteral("sAf"));
-    auto content = OverlayContent::of(model);
+    content = OverlayContent::of(model);
     QCOMPARE(content.primary, QStringLiteral("Safari"));
     QCOMPARE(content.secondary, QStringLiteral("Running"));
     // The query wins over the badge and keeps the case it was typed in.
@@ -103,47 +121,15 @@ void OverlayContentTest::searchModeShowsQueryChipAndSubtitle()
     QCOMPARE(OverlayContent::of(model).chip, (OverlayChip{QStringLiteral("S"), false}));
 }
 
-void OverlayContentTest::windowsModeFallsBackForUntitledWindows()
-{
-    OverlayModel model;
-    model.setMode(ModeWindows);
-    model.setItems(
-        {item("", QStringLiteral("Terminal")), item(""), item("Inbox", QStringLiteral("Mail"))});
-    auto content = OverlayContent::of(model);
-    QCOMPARE(content.primary, QStringLiteral("Terminal"));
-    QCOMPARE(content.secondary, QStringLiteral("Terminal"));
-
-    model.setSelection(1);
-    content = OverlayContent::of(model);
-    QCOMPARE(content.primary, QStringLiteral("Window"));
-    QVERIFY(!content.secondary);
-
-    model.setSelection(2);
-    content = OverlayContent::of(model);
-    QCOMPARE(content.primary, QStringLiteral("Inbox"));
-    QCOMPARE(content.secondary, QStringLiteral("Mail"));
-
-    // Outside window mode an untitled row shows its (empty) title.
-    model.setMode(ModeSwitch);
-    model.setSelection(0);
-    QCOMPARE(OverlayContent::of(model).primary, QString());
-}
-
 void OverlayContentTest::accentIsKeptOnDarkAndDarkenedOnLight()
 {
     QCOMPARE(Theme::readableAccent("#0A84FF", false), QColor(10, 132, 255));
-    QCOMPARE(Theme::readableAccent(" 28c840 ", false), QColor(40, 200, 64));
     // Not a colour: the default yellow.
-    QCOMPARE(Theme::readableAccent("#12345", false), QColor(254, 188, 46));
     QCOMPARE(Theme::readableAccent("banana", false), QColor(254, 188, 46));
 
-    // #FEBC2E on light: brightness 0.996 capped at 0.58, saturation
-    // 0.819 × 1.08 = 0.884, hue kept: about (148, 107, 17).
+    // On light a bright accent is darkened, its hue kept.
     const QColor light = Theme::readableAccent("#FEBC2E", true);
-    QVERIFY2(qAbs(light.red() - 148) <= 1, qPrintable(light.name()));
-    QVERIFY2(qAbs(light.green() - 107) <= 1, qPrintable(light.name()));
-    QVERIFY2(qAbs(light.blue() - 17) <= 1, qPrintable(light.name()));
-    QCOMPARE(light.alpha(), 255);
+    QVERIFY2(qAbs(light.valueF() - 0.58f) < 0.01f, qPrintable(light.name()));
     QCOMPARE(light.hsvHue(), QColor(254, 188, 46).hsvHue());
 
     // Already dark enough: brightness kept; a saturated colour stays capped at 1.

@@ -52,11 +52,6 @@ private slots:
             QCOMPARE(appThemeFromRaw(rawValue(theme)), theme);
         for (const auto mode : allSpaceModes())
             QCOMPARE(spaceModeFromRaw(rawValue(mode)), mode);
-
-        QCOMPARE(appThemeFromRaw(QStringLiteral("Dark")), std::nullopt);
-        QCOMPARE(spaceModeFromRaw(QStringLiteral("gatherwindows")), std::nullopt);
-        QCOMPARE(modifierKeyFromRaw(QString()), std::nullopt);
-        QCOMPARE(overlayPositionFromRaw(QStringLiteral("middle")), std::nullopt);
     }
 };
 

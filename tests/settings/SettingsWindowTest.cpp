@@ -91,11 +91,9 @@ class SettingsWindowTest : public QObject
 private slots:
     void sidebarSwitchesPanesAndFooterShowsVersion();
     void activationKeyPickerUsesPlatformNamesAndNotes();
-    void launchAtLoginRegistersOnceEachWay();
     void keyAccessRowAndKeyCheckFollowTheMonitor();
     void togglesAndPickersWriteTheirSettings();
-    void settingsChangedElsewhereShowInTheControls();
-    void delaySliderStaysOnTheGrid();
+    void delaySliderStaysOnTheGridAndControlsFollowTheSettings();
     void appsPaneExcludesAndRefreshes();
 };
 
@@ -157,26 +155,6 @@ void SettingsWindowTest::activationKeyPickerUsesPlatformNamesAndNotes()
     SettingsWindow& mac = f.makeWindow(KeyNaming::apple);
     QCOMPARE(mac.general().activationKeyPicker().currentText(), QStringLiteral("Right Option (⌥)"));
     QVERIFY(!mac.general().keyCaveat().isVisible());
-}
-
-void SettingsWindowTest::launchAtLoginRegistersOnceEachWay()
-{
-    Fixture f;
-    SettingsWindow& window = f.makeWindow();
-    QCheckBox& toggle = window.general().launchAtLogin();
-    fake::FakeLoginItem& item = *f.platform.loginItem;
-    QVERIFY(!toggle.isChecked());
-
-    click(&toggle);
-    QVERIFY(f.prefs.launchAtLogin());
-    QCOMPARE(f.stored("launchAtLogin").toBool(), true);
-    QCOMPARE(item.registerCalls, 1);
-    QCOMPARE(item.status(), LoginItem::Status::Enabled);
-
-    click(&toggle);
-    QVERIFY(!f.prefs.launchAtLogin());
-    QCOMPARE(item.unregisterCalls, 1);
-    QCOMPARE(item.registerCalls, 1);
 }
 
 void SettingsWindowTest::keyAccessRowAndKeyCheckFollowTheMonitor()
@@ -246,6 +224,7 @@ void SettingsWindowTest::togglesAndPickersWriteTheirSettings()
         bool before;
     } toggles[] = {
         {SettingsPane::general, &general.searchIncludesApps(), "searchIncludesApps", true},
+        {SettingsPane::general, &general.launchAtLogin(), "launchAtLogin", false},
         {SettingsPane::behaviour, &behaviour.switchOnRelease(), "switchOnRelease", false},
         {SettingsPane::behaviour, &behaviour.cmdBacktickCycle(), "cmdBacktickCycle", true},
         {SettingsPane::behaviour, &behaviour.replaceCommandTab(), "replaceCommandTab", false},
@@ -261,6 +240,13 @@ void SettingsWindowTest::togglesAndPickersWriteTheirSettings()
     }
     QCOMPARE(f.prefs.switchOnRelease(), true);
     QCOMPARE(f.prefs.blurEnabled(), false);
+    // Launch at login registers once each way.
+    fake::FakeLoginItem& item = *f.platform.loginItem;
+    QCOMPARE(item.registerCalls, 1);
+    window.showPane(SettingsPane::general);
+    click(&general.launchAtLogin());
+    QCOMPARE(item.unregisterCalls, 1);
+    QCOMPARE(item.registerCalls, 1);
     // The overlay's other controls stay usable while it is switched off.
     QVERIFY(!f.prefs.overlayEnabled());
     QVERIFY(appearance.position().isEnabled());
@@ -277,22 +263,7 @@ void SettingsWindowTest::togglesAndPickersWriteTheirSettings()
     QCOMPARE(f.prefs.theme(), AppTheme::dark);
 }
 
-void SettingsWindowTest::settingsChangedElsewhereShowInTheControls()
-{
-    Fixture f;
-    SettingsWindow& window = f.makeWindow();
-    f.prefs.setMouseFollowsFocus(true);
-    f.prefs.setOverlayPosition(OverlayPosition::center);
-    f.prefs.setModifierKey(ModifierKey::leftControl);
-    f.prefs.setOverlayDelay(0.5);
-    QVERIFY(window.behaviour().mouseFollowsFocus().isChecked());
-    QCOMPARE(window.appearance().position().currentText(), QStringLiteral("Center"));
-    QCOMPARE(window.general().activationKeyPicker().currentText(), QStringLiteral("Left Ctrl"));
-    QCOMPARE(window.appearance().delayText().text(), QStringLiteral("0.50s"));
-    QCOMPARE(window.appearance().delaySlider().value(), 10);
-}
-
-void SettingsWindowTest::delaySliderStaysOnTheGrid()
+void SettingsWindowTest::delaySliderStaysOnTheGridAndControlsFollowTheSettings()
 {
     Fixture f;
     SettingsWindow& window = f.makeWindow();
@@ -312,6 +283,17 @@ void SettingsWindowTest::delaySliderStaysOnTheGrid()
         QCOMPARE(f.stored("overlayDelay").toDouble(), QString::fromLatin1(seconds).toDouble());
         QCOMPARE(pane.delayText().text(), QString::fromLatin1(seconds) + QLatin1Char('s'));
     }
+
+    // Settings changed elsewhere show in the controls.
+    f.prefs.setMouseFollowsFocus(true);
+    f.prefs.setOverlayPosition(OverlayPosition::center);
+    f.prefs.setModifierKey(ModifierKey::leftControl);
+    f.prefs.setOverlayDelay(0.5);
+    QVERIFY(window.behaviour().mouseFollowsFocus().isChecked());
+    QCOMPARE(pane.position().currentText(), QStringLiteral("Center"));
+    QCOMPARE(window.general().activationKeyPicker().currentText(), QStringLiteral("Left Ctrl"));
+    QCOMPARE(pane.delayText().text(), QStringLiteral("0.50s"));
+    QCOMPARE(slider.value(), 10);
 }
 
 void SettingsWindowTest::appsPaneExcludesAndRefreshes()

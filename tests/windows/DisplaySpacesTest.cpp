@@ -73,17 +73,15 @@ private slots:
         layout = readMainDisplaySpaces(QVariantList{notMaps});
         QVERIFY(layout);
         QVERIFY(layout->spaceIds.isEmpty());
-    }
 
-    void currentSpaceOutsideTheListIsTheFirst()
-    {
-        const QVariantList spaces{space(10), space(11), space(12)};
-        // Unknown, missing, and of the wrong kind: the first; listed: its place.
+        // A current Space unknown, missing, or of the wrong kind is the
+        // first; a listed one is in its place.
+        const QVariantList three{space(10), space(11), space(12)};
         const QList<std::pair<QVariant, int>> cases{
             {77, 0}, {{}, 0}, {QStringLiteral("12"), 0}, {12, 2}};
         for (const auto& [current, index] : cases) {
-            const auto layout =
-                readMainDisplaySpaces(QVariantList{display(QStringLiteral("D"), spaces, current)});
+            layout =
+                readMainDisplaySpaces(QVariantList{display(QStringLiteral("D"), three, current)});
             QCOMPARE(layout->currentIndex, index);
         }
     }

@@ -225,14 +225,10 @@ void LinuxAppcastUpdaterTest::aHostileFeedEndsInOneCouldNotCheck_data()
 {
     QTest::addColumn<QString>("path");
     QTest::addColumn<QString>("reason");
+    // What the feed's reader rejects is its own test's; one such feed shows
+    // that a rejection ends the check.
     QTest::newRow("malformed") << "malformed.xml"
                                << "could not be read";
-    QTest::newRow("a web page") << "not-a-feed.html"
-                                << "could not be read";
-    QTest::newRow("entity expansion") << "entities.xml"
-                                      << "could not be read";
-    QTest::newRow("download over http") << "http-download.xml"
-                                        << "download that is not https";
     QTest::newRow("missing") << "gone.xml"
                              << "could not be downloaded";
     QTest::newRow("endless") << "endless"
