@@ -277,4 +277,34 @@ void BenchClient::requestActivation(xcb_window_t window, xcb_timestamp_t time,
     xcb_flush(m_c);
 }
 
+int BenchClient::unboundKeycode() const
+{
+    const xcb_setup_t* setup = xcb_get_setup(m_c);
+    const int first = setup->min_keycode;
+    const int count = setup->max_keycode - first + 1;
+    auto map = reply(xcb_get_keyboard_mapping_reply(
+        m_c, xcb_get_keyboard_mapping(m_c, xcb_keycode_t(first), uint8_t(count)), nullptr));
+    if (!map || map->keysyms_per_keycode == 0)
+        return 0;
+    const xcb_keysym_t* syms = xcb_get_keyboard_mapping_keysyms(map.get());
+    const int per = map->keysyms_per_keycode;
+    // From the top: the keycodes nearest the end are the least likely to be
+    // any real keyboard's.
+    for (int i = count - 1; i >= 0; --i) {
+        bool bound = false;
+        for (int j = 0; j < per && !bound; ++j)
+            bound = syms[i * per + j] != 0;
+        if (!bound)
+            return first + i;
+    }
+    return 0;
+}
+
+void BenchClient::setKeyFloorTarget(xcb_window_t window)
+{
+    xcb_change_property(m_c, XCB_PROP_MODE_REPLACE, m_root, atom("VELKOR_BENCH_KEY_FLOOR_TARGET"),
+                        XCB_ATOM_WINDOW, 32, 1, &window);
+    xcb_flush(m_c);
+}
+
 } // namespace velkor::xbench

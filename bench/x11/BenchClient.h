@@ -82,6 +82,14 @@ public:
     void requestActivation(xcb_window_t window, xcb_timestamp_t time,
                            std::optional<quint32> switchToDesktop = std::nullopt);
 
+    // A keycode the server knows that no key symbol is bound to: pressing
+    // it through XTEST types nothing and means nothing to Velkor. 0 when
+    // every keycode is bound.
+    int unboundKeycode() const;
+    // Names, on the root, the window velkor-key-floor activates at its key.
+    // Flushed; the key floor reads it when the change reaches it.
+    void setKeyFloorTarget(xcb_window_t window);
+
 private:
     bool isActiveChange(const xcb_generic_event_t* e) const;
     bool isDesktopChange(const xcb_generic_event_t* e) const;

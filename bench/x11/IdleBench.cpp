@@ -21,6 +21,8 @@ int runIdle(const Options&)
         report(QStringLiteral("idle_rss_mb"), memory->residentMb);
         report(QStringLiteral("idle_rss_anon_mb"), memory->anonymousMb);
         report(QStringLiteral("idle_rss_file_mb"), memory->fileMb);
+        report(QStringLiteral("idle_private_mb"), memory->privateMb);
+        report(QStringLiteral("idle_pss_mb"), memory->proportionalMb);
     }
     report(QStringLiteral("idle_threads"), double(threadsOf(pid).size()));
     const qint64 before = wakeups(pid);

@@ -22,6 +22,7 @@ enum class Method
 {
     Velkor,
     Floor,
+    KeyFloor,
     Wmctrl,
     Xdotool
 };
@@ -72,6 +73,7 @@ public:
           m_settingsFile(velkor.configHome() + QLatin1String("/Velkor/Velkor.conf"))
     {
         m_peer.setProcessEnvironment(desktop.environment());
+        startKeyFloor(desktop);
         m_activeWindow = m_client.atom("_NET_ACTIVE_WINDOW");
         m_client.watchTopLevels();
         m_client.setObserver([this](const xcb_generic_event_t* e, Clock::time_point at) {
@@ -83,14 +85,27 @@ public:
                 m_requestAt = at;
         });
     }
-    ~Trials() { m_client.setObserver({}); }
+    ~Trials()
+    {
+        m_client.setObserver({});
+        m_keyFloor.kill();
+        m_keyFloor.waitForFinished(2000);
+    }
+
+    bool hasKeyFloor() const { return m_keyFloor.state() == QProcess::Running; }
 
     Trial run(Method method, const App& from, const App& to)
     {
         startFrom(from);
-        XDesktop::settle(QuietBeforeTrialMs);
         xcb_timestamp_t time = XCB_CURRENT_TIME;
         std::optional<quint32> otherDesktop;
+        if (method == Method::KeyFloor) {
+            // Named before the quiet time, as Velkor knows its windows
+            // before the key.
+            m_client.setKeyFloorTarget(to.window);
+            m_client.sync();
+        }
+        XDesktop::settle(QuietBeforeTrialMs);
         if (method == Method::Velkor) {
             std::this_thread::sleep_until(m_lastSession + SessionsApart);
             m_lastSession = Clock::now();
@@ -120,6 +135,9 @@ public:
         case Method::Floor:
             m_client.requestActivation(to.window, time, otherDesktop);
             break;
+        case Method::KeyFloor:
+            m_client.key(m_keyFloorKeycode, true);
+            break;
         case Method::Wmctrl:
             m_peer.start(QStringLiteral("wmctrl"), {QStringLiteral("-a"), to.name});
             break;
@@ -142,6 +160,9 @@ public:
             trial.velkorCpuMs = liveThreadsCpuMs(m_pid) - cpuBefore;
             trial.velkorMainThreadCpuMs = mainThreadCpuMs(m_pid) - mainBefore;
             trial.settingsWritten = writtenAt(m_settingsFile) != settingsBefore;
+        } else if (method == Method::KeyFloor) {
+            m_client.key(m_keyFloorKeycode, false);
+            m_client.sync();
         } else if (method == Method::Wmctrl || method == Method::Xdotool) {
             // The time a peer takes to exit is not part of its figure.
             m_peer.waitForFinished(5000);
@@ -150,6 +171,22 @@ public:
     }
 
 private:
+    void startKeyFloor(XDesktop& desktop)
+    {
+#ifdef VELKOR_KEY_FLOOR
+        m_keyFloorKeycode = m_client.unboundKeycode();
+        if (!m_keyFloorKeycode)
+            return;
+        m_keyFloor.setProcessEnvironment(desktop.environment());
+        m_keyFloor.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        m_keyFloor.start(QStringLiteral(VELKOR_KEY_FLOOR), {QString::number(m_keyFloorKeycode)});
+        if (!m_keyFloor.waitForReadyRead(5000) || !m_keyFloor.readLine().startsWith("ready"))
+            m_keyFloor.kill();
+#else
+        Q_UNUSED(desktop);
+#endif
+    }
+
     // Untimed: the start window made active through the window manager.
     void startFrom(const App& from)
     {
@@ -165,6 +202,8 @@ private:
     const qint64 m_pid;
     const QString m_settingsFile;
     QProcess m_peer;
+    QProcess m_keyFloor;
+    int m_keyFloorKeycode = 0;
     Clock::time_point m_lastSession{};
     xcb_atom_t m_activeWindow = 0;
     xcb_window_t m_target = 0;
@@ -210,6 +249,8 @@ KeyToFocus measureKeyToFocus(XDesktop& desktop, BenchClient& client,
     Trials trials(desktop, client, velkor);
     std::mt19937 random(seed);
     std::vector<Method> methods{Method::Velkor, Method::Floor};
+    if (trials.hasKeyFloor())
+        methods.push_back(Method::KeyFloor);
     if (withPeers)
         methods.insert(methods.end(), {Method::Wmctrl, Method::Xdotool});
     for (int round = 0; round < rounds; ++round) {
@@ -218,6 +259,7 @@ KeyToFocus measureKeyToFocus(XDesktop& desktop, BenchClient& client,
             (target + 1 + qsizetype(random() % quint32(apps.size() - 1))) % apps.size();
         double velkorMs = -1;
         double floorMs = -1;
+        double keyFloorMs = -1;
         for (size_t i = 0; i < methods.size(); ++i) {
             const Method method = methods[(size_t(round) + i) % methods.size()];
             const Trial t = trials.run(method, apps[from], apps[target]);
@@ -236,6 +278,10 @@ KeyToFocus measureKeyToFocus(XDesktop& desktop, BenchClient& client,
                 record(f.floor, floorMs = t.ms);
                 recordSplit(f.floorToRequest, f.floorRequestToFocus, t);
                 break;
+            case Method::KeyFloor:
+                record(f.keyFloor, keyFloorMs = t.ms);
+                recordSplit(f.keyFloorToRequest, f.keyFloorRequestToFocus, t);
+                break;
             case Method::Wmctrl:
                 record(f.wmctrl, t.ms);
                 break;
@@ -246,6 +292,8 @@ KeyToFocus measureKeyToFocus(XDesktop& desktop, BenchClient& client,
         }
         if (velkorMs >= 0 && floorMs >= 0)
             f.pairedVelkorMinusFloor.add(velkorMs - floorMs);
+        if (velkorMs >= 0 && keyFloorMs >= 0)
+            f.pairedVelkorMinusKeyFloor.add(velkorMs - keyFloorMs);
     }
     return f;
 }
@@ -255,6 +303,7 @@ void reportKeyToFocus(const QString& prefix, const KeyToFocus& f, bool withPeers
     const QString p = prefix + QLatin1Char('_');
     f.velkor.report(p + QLatin1String("velkor"));
     f.floor.report(p + QLatin1String("floor"));
+    f.keyFloor.report(p + QLatin1String("key_floor"));
     if (withPeers) {
         f.wmctrl.report(p + QLatin1String("wmctrl"));
         f.xdotool.report(p + QLatin1String("xdotool"));
@@ -265,6 +314,8 @@ void reportKeyToFocus(const QString& prefix, const KeyToFocus& f, bool withPeers
     f.velkorRequestToFocus.report(p + QLatin1String("velkor_request_to_focus"));
     f.floorToRequest.report(p + QLatin1String("floor_send_to_request"));
     f.floorRequestToFocus.report(p + QLatin1String("floor_request_to_focus"));
+    f.keyFloorToRequest.report(p + QLatin1String("key_floor_key_to_request"));
+    f.keyFloorRequestToFocus.report(p + QLatin1String("key_floor_request_to_focus"));
     report(p + QLatin1String("velkor_root_messages_per_switch_median"),
            f.velkorRootMessages.median());
     f.velkorCpuPerSwitch.report(p + QLatin1String("velkor_cpu_per_switch"));
@@ -279,6 +330,19 @@ void reportKeyToFocus(const QString& prefix, const KeyToFocus& f, bool withPeers
            f.pairedVelkorMinusFloor.median());
     reportRatio(p + QLatin1String("ratio_velkor_over_floor_median"), f.velkor.median(),
                 f.floor.median());
+    if (f.keyFloor.count()) {
+        // What Velkor adds over a program that does nothing but answer the
+        // key: its own work, apart from the hops every key-driven switcher
+        // pays.
+        report(p + QLatin1String("velkor_minus_key_floor_median_ms"),
+               f.velkor.median() - f.keyFloor.median());
+        report(p + QLatin1String("velkor_minus_key_floor_p99_ms"),
+               f.velkor.quantile(0.99) - f.keyFloor.quantile(0.99));
+        report(p + QLatin1String("velkor_minus_key_floor_paired_median_ms"),
+               f.pairedVelkorMinusKeyFloor.median());
+        report(p + QLatin1String("key_floor_minus_floor_median_ms"),
+               f.keyFloor.median() - f.floor.median());
+    }
     if (withPeers) {
         reportRatio(p + QLatin1String("ratio_wmctrl_over_velkor_median"), f.wmctrl.median(),
                     f.velkor.median());

@@ -15,18 +15,25 @@ class BenchClient;
 
 // Key to focus: from the moment a switch is asked for to the moment another
 // X client learns of the window manager's _NET_ACTIVE_WINDOW change, for
-// four ways of asking, interleaved round by round on the same windows:
+// five ways of asking, interleaved round by round on the same windows:
 //   velkor  - a letter pressed through XTEST while the activation key is
 //             held (the key goes down 20 ms before, as a hand does);
 //   floor   - the bench's own client sends the very request Velkor sends
 //             (see BenchClient::requestActivation): the window manager's
 //             cost, which no switcher can go below;
+//   key floor - velkor-key-floor, a process that does nothing but send that
+//             request when an otherwise unused key it grabbed goes down
+//             (pressed through XTEST): what any switcher driven by a key
+//             pays on top of the floor (the key's delivery, a process
+//             waking up); only when velkor-key-floor is built;
 //   wmctrl  - `wmctrl -a <title>`, started then;
 //   xdotool - `xdotool search --class <class> windowactivate`, started then.
 struct KeyToFocus
 {
-    Samples velkor, floor, wmctrl, xdotool;
+    Samples velkor, floor, keyFloor, wmctrl, xdotool;
     Samples pairedVelkorMinusFloor; // per round, same target for both
+    Samples pairedVelkorMinusKeyFloor;
+    Samples keyFloorToRequest, keyFloorRequestToFocus;
     // Split at the _NET_ACTIVE_WINDOW request as this client sees it pass.
     Samples velkorToRequest, velkorRequestToFocus, floorToRequest, floorRequestToFocus;
     Samples velkorRootMessages; // client messages to the root per switch (a count)

@@ -16,7 +16,10 @@
 #include "settings/Preferences.h"
 
 #include <QProcess>
+#include <algorithm>
 #include <cstdio>
+#include <cstdlib>
+#include <memory>
 #include <thread>
 
 namespace velkor::xbench {
@@ -89,6 +92,61 @@ void fadeAllocations(const e2e::XDesktop& desktop)
 #endif
 }
 
+// Shows shows after one more that is reported apart, every figure named
+// with prefix.
+void measureShows(const QString& prefix, BenchClient& client, OverlayWatch& watch, qint64 pid,
+                  int shows)
+{
+    const auto name = [&prefix](const char* figure) {
+        return prefix + QLatin1Char('_') + QLatin1String(figure);
+    };
+    Samples toMap, toPaint, mapToPaint, fadeCpu;
+    std::vector<double> opacityChanges;
+    Clock::time_point lastPress{};
+    for (int i = 0; i <= shows; ++i) {
+        std::this_thread::sleep_until(lastPress + SessionsApart);
+        lastPress = Clock::now();
+        const Show s = showOnce(client, watch, pid);
+        if (i == 0) {
+            // The first show after start (or after a compositor came) may
+            // make the window: its own figure.
+            report(name("first_show_created_window"), s.created ? 1 : 0);
+            report(name("first_show_press_to_map_ms"), s.toMap);
+            report(name("first_show_press_to_painted_ms"), s.toPaint);
+            continue;
+        }
+        s.toMap < 0 ? toMap.fail() : toMap.add(s.toMap);
+        s.toPaint < 0 ? toPaint.fail() : toPaint.add(s.toPaint);
+        if (s.toMap >= 0 && s.toPaint >= 0)
+            mapToPaint.add(s.toPaint - s.toMap);
+        if (s.fadeMainThreadCpuMs >= 0)
+            fadeCpu.add(s.fadeMainThreadCpuMs);
+        opacityChanges.push_back(s.opacityChanges);
+    }
+    toMap.report(name("press_to_map"));
+    toPaint.report(name("press_to_painted"));
+    mapToPaint.report(name("map_to_painted"));
+    fadeCpu.report(name("fade_main_thread_cpu"));
+    std::sort(opacityChanges.begin(), opacityChanges.end());
+    if (!opacityChanges.empty()) {
+        const double frames = opacityChanges[opacityChanges.size() / 2];
+        report(name("fade_opacity_changes_median"), frames);
+        if (frames > 0)
+            report(name("fade_main_thread_cpu_per_change_ms"), fadeCpu.median() / frames);
+    }
+}
+
+// Whether a compositor holds the screen's _NET_WM_CM_S0 selection.
+bool composited(BenchClient& client)
+{
+    xcb_connection_t* c = client.connection();
+    std::unique_ptr<xcb_get_selection_owner_reply_t, decltype(&std::free)> owner(
+        xcb_get_selection_owner_reply(c, xcb_get_selection_owner(c, client.atom("_NET_WM_CM_S0")),
+                                      nullptr),
+        &std::free);
+    return owner && owner->owner != XCB_NONE;
+}
+
 } // namespace
 
 int runOverlay(const Options& options)
@@ -103,43 +161,28 @@ int runOverlay(const Options& options)
     e2e::XDesktop::settle(2000);
     report(QStringLiteral("overlay_delay_setting_s"), 0);
     report(QStringLiteral("overlay_sees_paint"), watch.seesPaint() ? 1 : 0);
-
     const int shows = options.trials > 0 ? options.trials : DefaultShows;
-    Samples toMap, toPaint, mapToPaint, fadeCpu;
-    std::vector<double> opacityChanges;
-    Clock::time_point lastPress{};
-    for (int i = 0; i <= shows; ++i) {
-        std::this_thread::sleep_until(lastPress + SessionsApart);
-        lastPress = Clock::now();
-        const Show s = showOnce(client, watch, pid);
-        if (i == 0) {
-            // The first show after start makes the window: its own figure.
-            report(QStringLiteral("overlay_first_show_created_window"), s.created ? 1 : 0);
-            report(QStringLiteral("overlay_first_show_press_to_map_ms"), s.toMap);
-            report(QStringLiteral("overlay_first_show_press_to_painted_ms"), s.toPaint);
-            continue;
-        }
-        s.toMap < 0 ? toMap.fail() : toMap.add(s.toMap);
-        s.toPaint < 0 ? toPaint.fail() : toPaint.add(s.toPaint);
-        if (s.toMap >= 0 && s.toPaint >= 0)
-            mapToPaint.add(s.toPaint - s.toMap);
-        if (s.fadeMainThreadCpuMs >= 0)
-            fadeCpu.add(s.fadeMainThreadCpuMs);
-        opacityChanges.push_back(s.opacityChanges);
-    }
-    toMap.report(QStringLiteral("overlay_press_to_map"));
-    toPaint.report(QStringLiteral("overlay_press_to_painted"));
-    mapToPaint.report(QStringLiteral("overlay_map_to_painted"));
-    fadeCpu.report(QStringLiteral("overlay_fade_main_thread_cpu"));
-    std::sort(opacityChanges.begin(), opacityChanges.end());
-    if (!opacityChanges.empty()) {
-        const double frames = opacityChanges[opacityChanges.size() / 2];
-        report(QStringLiteral("overlay_fade_opacity_changes_median"), frames);
-        if (frames > 0)
-            report(QStringLiteral("overlay_fade_main_thread_cpu_per_change_ms"),
-                   fadeCpu.median() / frames);
+
+    // Without a compositor (this desktop as it starts) the overlay is shaped
+    // and shown at once; with one it fades in, and only then has frames to
+    // count allocations in.
+    measureShows(QStringLiteral("overlay"), client, watch, pid, shows);
+    QProcess compositor;
+    compositor.setProcessEnvironment(stage.desktop().environment());
+    compositor.start(QStringLiteral("xcompmgr"), {});
+    bool ready = compositor.waitForStarted(5000);
+    for (int i = 0; ready && i < 500 && !composited(client); ++i)
+        e2e::XDesktop::settle(10);
+    ready = ready && composited(client);
+    report(QStringLiteral("overlay_composited_compositor_running"), ready ? 1 : 0);
+    if (ready) {
+        // Velkor follows the compositor's arrival before the next show.
+        e2e::XDesktop::settle(500);
+        measureShows(QStringLiteral("overlay_composited"), client, watch, pid, shows);
     }
     fadeAllocations(stage.desktop());
+    compositor.terminate();
+    compositor.waitForFinished(2000);
     return 0;
 }
 

@@ -46,8 +46,14 @@ std::optional<Memory> memoryOf(qint64 pid)
     const QByteArray status = readFile(QStringLiteral("/proc/%1/status").arg(pid));
     if (status.isEmpty())
         return std::nullopt;
-    return Memory{statusMb(status, "VmRSS:"), statusMb(status, "RssAnon:"),
-                  statusMb(status, "RssFile:")};
+    Memory m{statusMb(status, "VmRSS:"), statusMb(status, "RssAnon:"),
+             statusMb(status, "RssFile:")};
+    const QByteArray rollup = readFile(QStringLiteral("/proc/%1/smaps_rollup").arg(pid));
+    if (!rollup.isEmpty()) {
+        m.privateMb = statusMb(rollup, "Private_Clean:") + statusMb(rollup, "Private_Dirty:");
+        m.proportionalMb = statusMb(rollup, "Pss:");
+    }
+    return m;
 }
 
 double cpuMs(qint64 pid)

@@ -14,6 +14,11 @@ struct Memory
     double residentMb = 0;  // VmRSS
     double anonymousMb = 0; // RssAnon: the heap and stacks, what a leak grows
     double fileMb = 0;      // RssFile: mapped libraries, fonts, caches
+    // From smaps_rollup: the resident pages no other process maps (what
+    // ending the process gives back), and each page divided by how many
+    // processes map it. -1 when the kernel does not say.
+    double privateMb = -1;
+    double proportionalMb = -1; // Pss
 };
 std::optional<Memory> memoryOf(qint64 pid);
 

@@ -89,6 +89,8 @@ int runSoak(const Options& options)
     const Memory end = memoryOf(pid).value_or(Memory{});
     report(QStringLiteral("soak_rss_mb_end"), end.residentMb);
     report(QStringLiteral("soak_rss_file_mb_end"), end.fileMb);
+    report(QStringLiteral("soak_private_mb_end"), end.privateMb);
+    report(QStringLiteral("soak_pss_mb_end"), end.proportionalMb);
     if (rssAt200)
         report(QStringLiteral("soak_rss_growth_from_200_mb"), end.residentMb - *rssAt200);
     report(QStringLiteral("soak_threads_end"), double(threadsOf(pid).size()));

@@ -89,6 +89,13 @@ private:
             if (!entry && !folder)
                 continue;
             const QByteArray path = dir + '/' + name;
+            // A regular file needs no look of its own: reading it checks
+            // again what it is and how large, and a folder of thousands of
+            // entries is walked without a stat for each.
+            if (entry && e->d_type == DT_REG) {
+                found(prefix + fileName, path);
+                continue;
+            }
             const Stat s = statOf(path.constData());
             if (!s.ok)
                 continue;
@@ -100,13 +107,19 @@ private:
             // FIFOs, sockets and devices are never opened.
             if (!entry || !S_ISREG(s.st.st_mode) || s.st.st_size > XdgDesktopFiles::MaxFileSize)
                 continue;
-            const QString id = XdgDesktopFiles::idFromFileName(prefix + fileName);
-            if (m_ids.contains(id))
-                continue;
-            m_ids.insert(id);
-            m_found.append({id, path});
+            found(prefix + fileName, path);
         }
         ::closedir(handle);
+    }
+
+    // The first entry of an id counts; later folders' ones are shadowed.
+    void found(const QString& relativeName, const QByteArray& path)
+    {
+        const QString id = XdgDesktopFiles::idFromFileName(relativeName);
+        if (m_ids.contains(id))
+            return;
+        m_ids.insert(id);
+        m_found.append({id, path});
     }
 
     // Each folder once: links that lead back up, or to a folder walked

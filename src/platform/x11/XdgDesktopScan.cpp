@@ -54,29 +54,31 @@ public:
             return reading;
         KeyFile file = parseDesktopFile(*contents);
         GKeyFile* k = file.get();
-        if (!k)
+        if (!k || !m_applications.accepts(k))
             return reading;
-        // Few entries name a window class; only they are indexed by it.
+        OwnedString localName(
+            g_key_file_get_locale_string(k, Group, G_KEY_FILE_DESKTOP_KEY_NAME, nullptr, nullptr));
+        const QString name =
+            localName && *localName ? QString::fromUtf8(localName.get()) : QString();
+        // Few entries name a window class; only they are indexed by it,
+        // whether or not they are shown in menus.
         if (contents->contains("StartupWMClass")) {
             OwnedString wmClass(
                 g_key_file_get_string(k, Group, G_KEY_FILE_DESKTOP_KEY_STARTUP_WM_CLASS, nullptr));
             if (wmClass && *wmClass) {
-                reading.entry = applicationEntry(k, found.id, found.path, m_applications);
-                if (reading.entry)
-                    reading.windowClass = QString::fromUtf8(wmClass.get());
+                reading.entry = DesktopEntry{found.id, name.isEmpty() ? found.id : name,
+                                             QString::fromUtf8(found.path)};
+                reading.windowClass = QString::fromUtf8(wmClass.get());
             }
         }
-        if (!m_applications.accepts(k) ||
-            g_key_file_get_boolean(k, Group, G_KEY_FILE_DESKTOP_KEY_NO_DISPLAY, nullptr) ||
+        if (g_key_file_get_boolean(k, Group, G_KEY_FILE_DESKTOP_KEY_NO_DISPLAY, nullptr) ||
             !shownHere(k))
             return reading;
         InstalledApp app;
         app.path = QString::fromUtf8(found.path);
         app.bundleId = found.id;
-        OwnedString name(
-            g_key_file_get_locale_string(k, Group, G_KEY_FILE_DESKTOP_KEY_NAME, nullptr, nullptr));
-        if (name && *name)
-            app.name = QString::fromUtf8(name.get());
+        if (!name.isEmpty())
+            app.name = name;
         reading.app = std::move(app);
         return reading;
     }
