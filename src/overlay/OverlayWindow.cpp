@@ -89,8 +89,15 @@ std::optional<QRectF> OverlayWindow::mainScreenArea() const
 void OverlayWindow::setFrame(const QRectF& frame)
 {
     // Whole pixels: the origin rounded, the size kept.
-    setGeometry(QRect(frame.topLeft().toPoint(), frame.size().toSize()));
+    const QRect geometry(frame.topLeft().toPoint(), frame.size().toSize());
+    // Every key lays the panel out again, most often to the same place: new
+    // content there is repainted by the view itself.
+    if (geometry == this->geometry())
+        return;
+    setGeometry(geometry);
     pillChanged();
+    // Moved or resized, it is painted before the server shows it, rather
+    // than showing the old pixels at the new size first.
     if (isVisible())
         repaint();
 }
