@@ -467,6 +467,34 @@ private slots:
         QVERIFY(eventually([&] { return desktop().stackingFrontFirst().value(0) == stubborn; }));
         QCOMPARE(desktop().activeWindow(), other);
     }
+
+    void rootChangesThatComeTogetherAreAllSeen()
+    {
+        // For one request openbox changes several root properties at once
+        // (the desktop, the active window, the stacking): however they
+        // arrive, the cache ends where the server is.
+        const xcb_window_t a = owner(QStringLiteral("BurstA"), {QStringLiteral("name=a")});
+        const xcb_window_t b = owner(QStringLiteral("BurstB"), {QStringLiteral("name=b")});
+        QVERIFY(a && b);
+        desktop().moveToDesktop(b, 1);
+        const auto asOnTheServer = [&](xcb_window_t active) {
+            QList<xcb_window_t> stacking;
+            for (const X11Client* c : m_cache->frontToBack())
+                stacking.append(c->id);
+            return desktop().activeWindow() == active && m_cache->activeWindow() == active &&
+                   std::optional<quint32>(m_cache->currentDesktop()) ==
+                       desktop().currentDesktop() &&
+                   stacking == desktop().stackingFrontFirst();
+        };
+        desktop().switchDesktop(1);
+        desktop().activate(b);
+        QVERIFY(eventually([&] { return asOnTheServer(b); }));
+        QCOMPARE(m_cache->currentDesktop(), 1u);
+        desktop().switchDesktop(0);
+        desktop().activate(a);
+        QVERIFY(eventually([&] { return asOnTheServer(a); }));
+        QCOMPARE(m_cache->currentDesktop(), 0u);
+    }
 };
 
 int main(int argc, char** argv)
