@@ -39,6 +39,7 @@ X11WindowCache::~X11WindowCache()
 
 void X11WindowCache::reload()
 {
+    ++m_generation;
     m_clients.clear();
     m_clientOrder.clear();
     m_stacking.clear();
@@ -138,8 +139,10 @@ QList<const X11Client*> X11WindowCache::inClientOrder() const
 void X11WindowCache::noteDesktopRequested(xcb_window_t window, quint32 desktop)
 {
     auto it = m_clients.find(window);
-    if (it != m_clients.end())
+    if (it != m_clients.end()) {
         it->desktop = desktop;
+        ++m_generation;
+    }
 }
 
 bool X11WindowCache::noteRaised(xcb_window_t window)
@@ -198,6 +201,7 @@ void X11WindowCache::setClients(QList<xcb_window_t> windows)
     for (auto it = m_clients.begin(); it != m_clients.end();)
         it = present.contains(it.key()) ? std::next(it) : m_clients.erase(it);
     m_clientOrder = std::move(order);
+    ++m_generation;
     if (added.isEmpty())
         return;
 
@@ -378,6 +382,7 @@ void X11WindowCache::fetch(const QList<xcb_window_t>& windows, unsigned fields)
             clients.append(&*it);
     }
     m_reader.read(clients, fields);
+    ++m_generation;
     if (hasWindowManager())
         return;
     // The states and desktops a dead window manager left on its windows

@@ -39,6 +39,11 @@ public:
     // Without one, requests go to the windows themselves.
     bool hasWindowManager() const { return m_wmCheck != NoWindow; }
 
+    // Changes whenever a client comes or goes, moves in the client order,
+    // or has its properties read again: what is made of the clients can be
+    // kept while it stays the same.
+    quint64 generation() const { return m_generation; }
+
     xcb_window_t activeWindow() const { return m_active; }
     std::optional<quint32> desktopCount() const { return m_desktopCount; }
     quint32 currentDesktop() const { return m_currentDesktop; }
@@ -121,6 +126,7 @@ private:
     uint32_t m_qtRootMask = 0; // what Qt selected on the root before us
     bool m_topLevelsPending = false;
     unsigned m_rootPending = 0; // RootField flags changed since the last read
+    quint64 m_generation = 0;
 };
 
 } // namespace velkor::x11
