@@ -33,6 +33,7 @@ X11WindowCache::X11WindowCache(std::shared_ptr<X11Connection> connection)
 
 X11WindowCache::~X11WindowCache()
 {
+    discardRoot(m_rootPending, m_rootRequests);
     if (auto* app = QCoreApplication::instance())
         app->removeNativeEventFilter(this);
 }
@@ -40,6 +41,8 @@ X11WindowCache::~X11WindowCache()
 void X11WindowCache::reload()
 {
     ++m_generation;
+    // Everything is read below; what was asked before is not needed.
+    discardRoot(std::exchange(m_rootPending, 0), m_rootRequests);
     m_clients.clear();
     m_clientOrder.clear();
     m_stacking.clear();
@@ -47,7 +50,9 @@ void X11WindowCache::reload()
     // Selected before anything is read, so that no change falls in between.
     selectRootEvents();
     if (hasWindowManager()) {
-        readRoot(AllRootFields, requestRoot(AllRootFields));
+        RootRequests requests;
+        requestRoot(AllRootFields, requests);
+        readRoot(AllRootFields, requests);
     } else {
         // The desktops and lists a dead window manager left on the root are
         // stale; without one every mapped window is on the one screen.
@@ -234,14 +239,13 @@ void X11WindowCache::setClients(QList<xcb_window_t> windows)
         std::free(xcb_request_check(c, cookie));
 }
 
-X11WindowCache::RootRequests X11WindowCache::requestRoot(unsigned fields) const
+void X11WindowCache::requestRoot(unsigned fields, RootRequests& r) const
 {
     xcb_connection_t* c = m_connection->get();
     const xcb_window_t root = m_connection->root();
     const auto request = [&](Atom which, xcb_atom_t type, uint32_t maxValues) {
         return xcb_get_property(c, 0, root, m_connection->atom(which), type, 0, maxValues);
     };
-    RootRequests r;
     if (fields & ClientListField)
         r.clientList = request(Atom::NetClientList, XCB_ATOM_WINDOW, MaxClients);
     if (fields & StackingField)
@@ -252,7 +256,21 @@ X11WindowCache::RootRequests X11WindowCache::requestRoot(unsigned fields) const
         r.desktopCount = request(Atom::NetNumberOfDesktops, XCB_ATOM_CARDINAL, 1);
         r.currentDesktop = request(Atom::NetCurrentDesktop, XCB_ATOM_CARDINAL, 1);
     }
-    return r;
+}
+
+void X11WindowCache::discardRoot(unsigned fields, const RootRequests& r) const
+{
+    xcb_connection_t* c = m_connection->get();
+    if (fields & ClientListField)
+        xcb_discard_reply(c, r.clientList.sequence);
+    if (fields & StackingField)
+        xcb_discard_reply(c, r.stacking.sequence);
+    if (fields & ActiveField)
+        xcb_discard_reply(c, r.active.sequence);
+    if (fields & DesktopsField) {
+        xcb_discard_reply(c, r.desktopCount.sequence);
+        xcb_discard_reply(c, r.currentDesktop.sequence);
+    }
 }
 
 std::optional<QList<quint32>> X11WindowCache::rootValues(xcb_get_property_cookie_t cookie,
@@ -297,18 +315,23 @@ void X11WindowCache::readRootLater(unsigned fields)
 {
     // A window manager changes several root properties at once (a window
     // activated: the active window and the stacking; a new one: the lists
-    // too); they are read together once the burst of events is handled.
+    // too). Each is asked for at once and read once the burst of events is
+    // handled, when the answers are mostly in and reading them rarely waits.
     if (!m_rootPending)
         QMetaObject::invokeMethod(this, &X11WindowCache::readPendingRoot, Qt::QueuedConnection);
+    // An answer asked for before this change may tell of the value before it.
+    discardRoot(m_rootPending & fields, m_rootRequests);
+    requestRoot(fields, m_rootRequests);
     m_rootPending |= fields;
+    m_connection->flush();
 }
 
 void X11WindowCache::readPendingRoot()
 {
     const unsigned fields = std::exchange(m_rootPending, 0);
-    if (!fields || !hasWindowManager())
-        return; // nothing left, or reload() read it all
-    readRoot(fields, requestRoot(fields));
+    if (!fields)
+        return; // reload() read it all
+    readRoot(fields, m_rootRequests);
     if (fields & ClientListField)
         emit clientsChanged();
     if (fields & ActiveField)

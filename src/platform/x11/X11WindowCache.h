@@ -97,7 +97,8 @@ private:
     void readWindowManager();
     void selectRootEvents();
     void setClients(QList<xcb_window_t> windows);
-    RootRequests requestRoot(unsigned fields) const;
+    void requestRoot(unsigned fields, RootRequests& requests) const;
+    void discardRoot(unsigned fields, const RootRequests& requests) const;
     void readRoot(unsigned fields, const RootRequests& requests);
     void readRootLater(unsigned fields);
     void readPendingRoot();
@@ -125,7 +126,8 @@ private:
     xcb_window_t m_wmCheck = NoWindow;
     uint32_t m_qtRootMask = 0; // what Qt selected on the root before us
     bool m_topLevelsPending = false;
-    unsigned m_rootPending = 0; // RootField flags changed since the last read
+    unsigned m_rootPending = 0;  // RootField flags changed since the last read
+    RootRequests m_rootRequests; // asked for m_rootPending, not read yet
     quint64 m_generation = 0;
 };
 
