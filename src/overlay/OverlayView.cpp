@@ -8,7 +8,6 @@
 #include "platform/ShellIntegration.h"
 #include "settings/Preferences.h"
 
-#include <QFontMetricsF>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPainterPath>
@@ -79,24 +78,33 @@ QRegion capsuleRegion(const QRectF& rect)
     return region;
 }
 
-QFont chipFont(const OverlayChip& chip)
-{
-    return chip.monospaced ? OverlayFonts::monospaced(QueryPixels)
-                           : OverlayFonts::title(BadgePixels);
-}
-
 } // namespace
 
 OverlayView::OverlayView(OverlayModel& model, Preferences& prefs, ShellIntegration& shell,
                          KeyNaming naming, QWidget* parent)
     : QWidget(parent), m_model(model), m_prefs(prefs), m_shell(shell), m_naming(naming),
-      m_content(OverlayContent::of(model))
+      m_content(OverlayContent::of(model)), m_faces(makeFaces())
 {
     measure();
     setAttribute(Qt::WA_TranslucentBackground);
     setMouseTracking(true);
     connect(&m_model, &OverlayModel::changed, this, &OverlayView::contentChanged);
     connect(&m_prefs, &Preferences::changed, this, [this] { update(); });
+}
+
+std::unique_ptr<OverlayView::Faces> OverlayView::makeFaces()
+{
+    return std::make_unique<Faces>(Faces{
+        TextWidths(OverlayFonts::title(TitlePixels)),
+        TextWidths(OverlayFonts::system(SecondaryPixels, QFont::Normal)),
+        TextWidths(OverlayFonts::monospaced(QueryPixels)),
+        TextWidths(OverlayFonts::title(BadgePixels)),
+    });
+}
+
+TextWidths& OverlayView::chipFace(const OverlayChip& chip) const
+{
+    return chip.monospaced ? m_faces->query : m_faces->badge;
 }
 
 void OverlayView::contentChanged()
@@ -152,14 +160,14 @@ QRegion OverlayView::shape() const
 
 void OverlayView::measure()
 {
-    const QFontMetricsF title(OverlayFonts::title(TitlePixels));
+    TextWidths& title = m_faces->title;
     m_measures.titleHeight = title.height();
-    double width = title.horizontalAdvance(m_content.primary);
+    double width = title.advance(m_content.primary);
     double height = m_measures.titleHeight;
     if (m_content.secondary) {
-        const QFontMetricsF metrics(OverlayFonts::system(SecondaryPixels, QFont::Normal));
-        width = std::max(width, metrics.horizontalAdvance(*m_content.secondary));
-        height += TextLineGap + metrics.height();
+        TextWidths& secondary = m_faces->secondary;
+        width = std::max(width, secondary.advance(*m_content.secondary));
+        height += TextLineGap + secondary.height();
     }
     m_measures.textColumnWidth = std::ceil(width);
     m_measures.textColumnHeight = std::ceil(height);
@@ -167,7 +175,7 @@ void OverlayView::measure()
     if (m_content.chip) {
         const OverlayChip& chip = *m_content.chip;
         const double padding = chip.monospaced ? QueryChipPadding : BadgeChipPadding;
-        const double text = QFontMetricsF(chipFont(chip)).horizontalAdvance(chip.text);
+        const double text = chipFace(chip).advance(chip.text);
         m_measures.chip = {std::max<double>(ChipMinWidth, std::ceil(text + 2 * padding)),
                            ChipHeight};
     }
@@ -178,6 +186,7 @@ void OverlayView::changeEvent(QEvent* event)
     QWidget::changeEvent(event);
     // The system font changed under the texts.
     if (event->type() == QEvent::FontChange || event->type() == QEvent::ApplicationFontChange) {
+        m_faces = makeFaces();
         measure();
         updateGeometry();
         update();
@@ -392,20 +401,18 @@ void OverlayView::paintIcon(QPainter& painter, const QRectF& frame)
 void OverlayView::paintTexts(QPainter& painter, const Geometry& g) const
 {
     const QColor label = labelColor(isLight());
-    const QFont titleFont = OverlayFonts::title(TitlePixels);
-    painter.setFont(titleFont);
+    TextWidths& title = m_faces->title;
+    painter.setFont(title.font());
     painter.setPen(label);
-    const QString primary =
-        QFontMetricsF(titleFont).elidedText(m_content.primary, Qt::ElideRight, g.primary.width());
-    painter.drawText(g.primary, Qt::AlignLeft | Qt::AlignVCenter, primary);
+    painter.drawText(g.primary, Qt::AlignLeft | Qt::AlignVCenter,
+                     title.elided(m_content.primary, g.primary.width()));
 
     if (m_content.secondary && !m_content.secondary->isEmpty()) {
-        const QFont font = OverlayFonts::system(SecondaryPixels, QFont::Normal);
-        painter.setFont(font);
+        TextWidths& secondary = m_faces->secondary;
+        painter.setFont(secondary.font());
         painter.setPen(withAlpha(label, 0.6));
-        const QString secondary = QFontMetricsF(font).elidedText(
-            *m_content.secondary, Qt::ElideRight, g.secondary.width());
-        painter.drawText(g.secondary, Qt::AlignLeft | Qt::AlignVCenter, secondary);
+        painter.drawText(g.secondary, Qt::AlignLeft | Qt::AlignVCenter,
+                         secondary.elided(*m_content.secondary, g.secondary.width()));
     }
 }
 
@@ -420,7 +427,7 @@ void OverlayView::paintChip(QPainter& painter, const QRectF& frame) const
     painter.drawRoundedRect(frame.adjusted(0.5, 0.5, -0.5, -0.5), ChipRadius - 0.5,
                             ChipRadius - 0.5);
     painter.setPen(accentColor);
-    painter.setFont(chipFont(*m_content.chip));
+    painter.setFont(chipFace(*m_content.chip).font());
     painter.drawText(frame, Qt::AlignCenter, m_content.chip->text);
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "overlay/OverlayContent.h"
+#include "overlay/TextWidths.h"
 #include "settings/PlatformTraits.h"
 
 #include <QHash>
@@ -11,6 +12,7 @@
 #include <QRectF>
 #include <QRegion>
 #include <QWidget>
+#include <memory>
 
 namespace velkor {
 
@@ -99,6 +101,17 @@ private:
         QSizeF chip;
     };
 
+    // The texts' faces, made again when the system's fonts change.
+    struct Faces
+    {
+        TextWidths title;
+        TextWidths secondary;
+        TextWidths query;
+        TextWidths badge;
+    };
+    static std::unique_ptr<Faces> makeFaces();
+    TextWidths& chipFace(const OverlayChip& chip) const;
+
     void contentChanged();
     void measure();
     QSizeF naturalPillSize() const;
@@ -117,6 +130,7 @@ private:
     ShellIntegration& m_shell;
     KeyNaming m_naming;
     OverlayContent m_content;
+    std::unique_ptr<Faces> m_faces;
     Measures m_measures;
     // shape() of the last pill and dots it was asked for.
     mutable QRectF m_shapePill;

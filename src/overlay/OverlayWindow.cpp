@@ -76,9 +76,13 @@ std::optional<QSizeF> OverlayWindow::fittingSize()
 
 std::optional<QRectF> OverlayWindow::mainScreenArea() const
 {
+    // A panel already up stays on its screen while the keys change what it
+    // shows: asking the server where the pointer is costs a round trip.
+    QScreen* screen = isVisible() ? windowHandle()->screen() : nullptr;
     // The pointer is the best portable hint of where the user works; the
     // focused window is usually under or near it.
-    QScreen* screen = QGuiApplication::screenAt(QCursor::pos());
+    if (!screen)
+        screen = QGuiApplication::screenAt(QCursor::pos());
     if (!screen)
         screen = QGuiApplication::primaryScreen();
     if (!screen)
@@ -89,8 +93,15 @@ std::optional<QRectF> OverlayWindow::mainScreenArea() const
 void OverlayWindow::setFrame(const QRectF& frame)
 {
     // Whole pixels: the origin rounded, the size kept.
-    setGeometry(QRect(frame.topLeft().toPoint(), frame.size().toSize()));
+    const QRect geometry(frame.topLeft().toPoint(), frame.size().toSize());
+    // Every key lays the panel out again, most often to the same place: new
+    // content there is repainted by the view itself.
+    if (geometry == this->geometry())
+        return;
+    setGeometry(geometry);
     pillChanged();
+    // Moved or resized, it is painted before the server shows it, rather
+    // than showing the old pixels at the new size first.
     if (isVisible())
         repaint();
 }

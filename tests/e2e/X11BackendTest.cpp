@@ -37,6 +37,7 @@ class X11BackendTest : public QObject
 
     XDesktop& desktop() { return *g_desktop; }
     std::shared_ptr<X11WindowCache> m_cache;
+    std::shared_ptr<XdgDesktopEntryIndex> m_entries;
     std::unique_ptr<X11Workspace> m_workspace;
     std::unique_ptr<X11WindowSystem> m_windows;
     std::unique_ptr<X11SpaceSystem> m_spaces;
@@ -69,9 +70,9 @@ private slots:
     void init()
     {
         m_cache = std::make_shared<X11WindowCache>(X11Connection::fromQt());
-        m_workspace =
-            std::make_unique<X11Workspace>(m_cache, std::make_shared<XdgDesktopEntryIndex>(),
-                                           Pid(QCoreApplication::applicationPid()));
+        m_entries = std::make_shared<XdgDesktopEntryIndex>();
+        m_workspace = std::make_unique<X11Workspace>(m_cache, m_entries,
+                                                     Pid(QCoreApplication::applicationPid()));
         m_windows = std::make_unique<X11WindowSystem>(m_cache);
         m_spaces = std::make_unique<X11SpaceSystem>(m_cache);
     }
@@ -86,6 +87,7 @@ private slots:
         m_spaces.reset();
         m_windows.reset();
         m_workspace.reset();
+        m_entries.reset();
         m_cache.reset();
     }
 
@@ -124,6 +126,22 @@ private slots:
         QCOMPARE(gtkApp->name, std::optional<QString>(QStringLiteral("Alpha")));
         QCOMPARE(gtkApp->bundleId, std::optional<QString>(QStringLiteral("org.example.Alpha")));
         QVERIFY(gtkApp->bundlePath && gtkApp->bundlePath->endsWith(QLatin1String(".desktop")));
+
+        // An app renamed by its window's class, then found by a scan's
+        // window classes, is described anew each time.
+        xcb_connection_t* c = desktop().connection();
+        const QByteArray renamed("renamed\0Renamed\0", 16);
+        xcb_change_property(c, XCB_PROP_MODE_REPLACE, logo, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, 8,
+                            uint32_t(renamed.size()), renamed.constData());
+        xcb_flush(c);
+        QVERIFY(eventually([&] {
+            return appOf(logo)->bundleId == std::optional<QString>(QStringLiteral("Renamed"));
+        }));
+        m_entries->setWindowClasses(
+            {{QStringLiteral("Renamed"),
+              DesktopEntry{QStringLiteral("org.example.Renamed"), QStringLiteral("Renamed App"),
+                           QStringLiteral("/nowhere/org.example.Renamed.desktop")}}});
+        QCOMPARE(appOf(logo)->name, std::optional<QString>(QStringLiteral("Renamed App")));
     }
 
     void workspaceTellsOfLaunchesQuitsAndActivations()
@@ -466,6 +484,32 @@ private slots:
         QVERIFY(timer.elapsed() < 50);
         QVERIFY(eventually([&] { return desktop().stackingFrontFirst().value(0) == stubborn; }));
         QCOMPARE(desktop().activeWindow(), other);
+    }
+
+    void rootChangesThatComeTogetherAreAllSeen()
+    {
+        // For one request openbox changes several root properties at once
+        // (the desktop, the active window, the stacking): however they
+        // arrive, the cache ends where the server is.
+        const xcb_window_t a = owner(QStringLiteral("BurstA"), {QStringLiteral("name=a")});
+        const xcb_window_t b = owner(QStringLiteral("BurstB"), {QStringLiteral("name=b")});
+        QVERIFY(a && b);
+        desktop().moveToDesktop(b, 1);
+        // The server is where it was asked to go, and the cache with it.
+        const auto settledOn = [&](quint32 current, xcb_window_t active) {
+            QList<xcb_window_t> stacking;
+            for (const X11Client* c : m_cache->frontToBack())
+                stacking.append(c->id);
+            return desktop().currentDesktop() == current && desktop().activeWindow() == active &&
+                   m_cache->currentDesktop() == current && m_cache->activeWindow() == active &&
+                   stacking == desktop().stackingFrontFirst();
+        };
+        desktop().switchDesktop(1);
+        desktop().activate(b);
+        QVERIFY(eventually([&] { return settledOn(1, b); }));
+        desktop().switchDesktop(0);
+        desktop().activate(a);
+        QVERIFY(eventually([&] { return settledOn(0, a); }));
     }
 };
 

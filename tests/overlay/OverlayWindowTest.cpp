@@ -36,6 +36,19 @@ struct Fixture
     OverlayWindow& window() { return *static_cast<OverlayWindow*>(controller.panel()); }
 };
 
+// Counts the paint events a widget receives.
+struct PaintCounter : QObject
+{
+    explicit PaintCounter(QWidget& widget) { widget.installEventFilter(this); }
+    bool eventFilter(QObject*, QEvent* event) override
+    {
+        if (event->type() == QEvent::Paint)
+            ++paints;
+        return false;
+    }
+    int paints = 0;
+};
+
 } // namespace
 
 class OverlayWindowTest : public QObject
@@ -44,6 +57,7 @@ class OverlayWindowTest : public QObject
 private slots:
     void windowIsAnUnfocusableOverlay();
     void placedInTheChosenCornerAndFollowsTheContent();
+    void paintsWhatChangedAndNothingElse();
     void fadesInAndHidesAtOnce();
     void blurAreaFollowsThePill();
     void withoutACompositorItIsCutToThePillAndOpaque();
@@ -99,6 +113,39 @@ void OverlayWindowTest::placedInTheChosenCornerAndFollowsTheContent()
     const QRect after = f.window().geometry();
     QVERIFY(after.width() > before.width());
     QCOMPARE(after.bottomRight(), before.bottomRight());
+}
+
+// Every key lays the panel out again. One that moves or resizes it is
+// painted before the server shows it; one that changes nothing paints
+// nothing; new content of the same size is painted all the same.
+void OverlayWindowTest::paintsWhatChangedAndNothingElse()
+{
+    Fixture f;
+    f.platform.shell->compositing = false; // no fade: shown at once
+    f.controller.model().setItems({row("Safari"), row("Slack")});
+    f.controller.showNow();
+    QVERIFY(QTest::qWaitForWindowExposed(&f.window()));
+    PaintCounter counter(f.window().view());
+    QCoreApplication::processEvents();
+
+    const QString title = QStringLiteral("A much longer title than before");
+    f.controller.model().setItems({row(title), row(title)});
+    counter.paints = 0;
+    f.controller.layout(f.window());
+    QCOMPARE(counter.paints, 1);
+
+    const QRect frame = f.window().geometry();
+    QCoreApplication::processEvents();
+    counter.paints = 0;
+    f.controller.layout(f.window());
+    f.controller.showNow();
+    QCoreApplication::processEvents();
+    QCOMPARE(counter.paints, 0);
+
+    f.controller.model().setSelection(1);
+    f.controller.layout(f.window());
+    QTRY_COMPARE(counter.paints, 1);
+    QCOMPARE(f.window().geometry(), frame);
 }
 
 void OverlayWindowTest::fadesInAndHidesAtOnce()

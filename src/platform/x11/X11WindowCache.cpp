@@ -33,12 +33,16 @@ X11WindowCache::X11WindowCache(std::shared_ptr<X11Connection> connection)
 
 X11WindowCache::~X11WindowCache()
 {
+    discardRoot(m_rootPending, m_rootRequests);
     if (auto* app = QCoreApplication::instance())
         app->removeNativeEventFilter(this);
 }
 
 void X11WindowCache::reload()
 {
+    ++m_generation;
+    // Everything is read below; what was asked before is not needed.
+    discardRoot(std::exchange(m_rootPending, 0), m_rootRequests);
     m_clients.clear();
     m_clientOrder.clear();
     m_stacking.clear();
@@ -46,9 +50,9 @@ void X11WindowCache::reload()
     // Selected before anything is read, so that no change falls in between.
     selectRootEvents();
     if (hasWindowManager()) {
-        readDesktops();
-        readClientList();
-        readStacking();
+        RootRequests requests;
+        requestRoot(AllRootFields, requests);
+        readRoot(AllRootFields, requests);
     } else {
         // The desktops and lists a dead window manager left on the root are
         // stale; without one every mapped window is on the one screen.
@@ -56,8 +60,8 @@ void X11WindowCache::reload()
         m_currentDesktop = 0;
         setClients(readTopLevels());
         m_stacking = m_clientOrder;
+        readActiveFocus();
     }
-    readActive();
 }
 
 void X11WindowCache::readWindowManager()
@@ -140,8 +144,10 @@ QList<const X11Client*> X11WindowCache::inClientOrder() const
 void X11WindowCache::noteDesktopRequested(xcb_window_t window, quint32 desktop)
 {
     auto it = m_clients.find(window);
-    if (it != m_clients.end())
+    if (it != m_clients.end()) {
         it->desktop = desktop;
+        ++m_generation;
+    }
 }
 
 bool X11WindowCache::noteRaised(xcb_window_t window)
@@ -200,6 +206,7 @@ void X11WindowCache::setClients(QList<xcb_window_t> windows)
     for (auto it = m_clients.begin(); it != m_clients.end();)
         it = present.contains(it.key()) ? std::next(it) : m_clients.erase(it);
     m_clientOrder = std::move(order);
+    ++m_generation;
     if (added.isEmpty())
         return;
 
@@ -232,47 +239,112 @@ void X11WindowCache::setClients(QList<xcb_window_t> windows)
         std::free(xcb_request_check(c, cookie));
 }
 
-void X11WindowCache::readClientList()
+void X11WindowCache::requestRoot(unsigned fields, RootRequests& r) const
 {
-    const auto list = m_connection->cardinals(
-        m_connection->root(), m_connection->atom(Atom::NetClientList), XCB_ATOM_WINDOW, MaxClients);
-    setClients(list.value_or(QList<quint32>{}));
-}
-
-void X11WindowCache::readStacking()
-{
-    auto stacking = m_connection->cardinals(m_connection->root(),
-                                            m_connection->atom(Atom::NetClientListStacking),
-                                            XCB_ATOM_WINDOW, MaxClients);
-    m_stacking = stacking.value_or(m_clientOrder);
-}
-
-void X11WindowCache::readActive()
-{
-    if (!hasWindowManager()) {
-        xcb_connection_t* c = m_connection->get();
-        auto focus = reply(xcb_get_input_focus_reply(c, xcb_get_input_focus(c), nullptr));
-        m_active = focus && client(focus->focus) ? focus->focus : NoWindow;
-        return;
-    }
-    auto active = m_connection->cardinals(
-        m_connection->root(), m_connection->atom(Atom::NetActiveWindow), XCB_ATOM_WINDOW, 1);
-    m_active = active && !active->isEmpty() ? active->first() : NoWindow;
-}
-
-void X11WindowCache::readDesktops()
-{
+    xcb_connection_t* c = m_connection->get();
     const xcb_window_t root = m_connection->root();
-    auto count = m_connection->cardinals(root, m_connection->atom(Atom::NetNumberOfDesktops),
-                                         XCB_ATOM_CARDINAL, 1);
-    auto current = m_connection->cardinals(root, m_connection->atom(Atom::NetCurrentDesktop),
-                                           XCB_ATOM_CARDINAL, 1);
-    // Any client may write the count; it is bounded before anything is made
-    // of it.
-    m_desktopCount = count && !count->isEmpty() && count->first() > 0
-                         ? std::optional<quint32>(std::min(count->first(), X11Client::MaxDesktops))
-                         : std::nullopt;
-    m_currentDesktop = current && !current->isEmpty() ? current->first() : 0;
+    const auto request = [&](Atom which, xcb_atom_t type, uint32_t maxValues) {
+        return xcb_get_property(c, 0, root, m_connection->atom(which), type, 0, maxValues);
+    };
+    if (fields & ClientListField)
+        r.clientList = request(Atom::NetClientList, XCB_ATOM_WINDOW, MaxClients);
+    if (fields & StackingField)
+        r.stacking = request(Atom::NetClientListStacking, XCB_ATOM_WINDOW, MaxClients);
+    if (fields & ActiveField)
+        r.active = request(Atom::NetActiveWindow, XCB_ATOM_WINDOW, 1);
+    if (fields & DesktopsField) {
+        r.desktopCount = request(Atom::NetNumberOfDesktops, XCB_ATOM_CARDINAL, 1);
+        r.currentDesktop = request(Atom::NetCurrentDesktop, XCB_ATOM_CARDINAL, 1);
+    }
+}
+
+void X11WindowCache::discardRoot(unsigned fields, const RootRequests& r) const
+{
+    xcb_connection_t* c = m_connection->get();
+    if (fields & ClientListField)
+        xcb_discard_reply(c, r.clientList.sequence);
+    if (fields & StackingField)
+        xcb_discard_reply(c, r.stacking.sequence);
+    if (fields & ActiveField)
+        xcb_discard_reply(c, r.active.sequence);
+    if (fields & DesktopsField) {
+        xcb_discard_reply(c, r.desktopCount.sequence);
+        xcb_discard_reply(c, r.currentDesktop.sequence);
+    }
+}
+
+std::optional<QList<quint32>> X11WindowCache::rootValues(xcb_get_property_cookie_t cookie,
+                                                         xcb_atom_t type) const
+{
+    xcb_generic_error_t* error = nullptr;
+    auto r = reply(xcb_get_property_reply(m_connection->get(), cookie, &error));
+    std::free(error);
+    if (!r || r->type != type || r->format != 32)
+        return std::nullopt;
+    return values32(r.get());
+}
+
+void X11WindowCache::readRoot(unsigned fields, const RootRequests& requests)
+{
+    // Every request was sent before the first reply is awaited, so that
+    // reading several properties costs one round trip. Each one sent is
+    // answered here, or its reply would stay queued for good.
+    if (fields & DesktopsField) {
+        const auto count = rootValues(requests.desktopCount, XCB_ATOM_CARDINAL);
+        const auto current = rootValues(requests.currentDesktop, XCB_ATOM_CARDINAL);
+        // Any client may write the count; it is bounded before anything is
+        // made of it.
+        m_desktopCount =
+            count && !count->isEmpty() && count->first() > 0
+                ? std::optional<quint32>(std::min(count->first(), X11Client::MaxDesktops))
+                : std::nullopt;
+        m_currentDesktop = current && !current->isEmpty() ? current->first() : 0;
+    }
+    if (fields & ClientListField)
+        setClients(rootValues(requests.clientList, XCB_ATOM_WINDOW).value_or(QList<quint32>{}));
+    // After the client list: a root without a stacking list stacks its clients.
+    if (fields & StackingField)
+        m_stacking = rootValues(requests.stacking, XCB_ATOM_WINDOW).value_or(m_clientOrder);
+    if (fields & ActiveField) {
+        const auto active = rootValues(requests.active, XCB_ATOM_WINDOW);
+        m_active = active && !active->isEmpty() ? active->first() : NoWindow;
+    }
+}
+
+void X11WindowCache::readRootLater(unsigned fields)
+{
+    // A window manager changes several root properties at once (a window
+    // activated: the active window and the stacking; a new one: the lists
+    // too). Each is asked for at once and read once the burst of events is
+    // handled, when the answers are mostly in and reading them rarely waits.
+    if (!m_rootPending)
+        QMetaObject::invokeMethod(this, &X11WindowCache::readPendingRoot, Qt::QueuedConnection);
+    // An answer asked for before this change may tell of the value before it.
+    discardRoot(m_rootPending & fields, m_rootRequests);
+    requestRoot(fields, m_rootRequests);
+    m_rootPending |= fields;
+    m_connection->flush();
+}
+
+void X11WindowCache::readPendingRoot()
+{
+    const unsigned fields = std::exchange(m_rootPending, 0);
+    if (!fields)
+        return; // reload() read it all
+    readRoot(fields, m_rootRequests);
+    if (fields & ClientListField)
+        emit clientsChanged();
+    if (fields & ActiveField)
+        emit activeWindowChanged();
+    if (fields & DesktopsField)
+        emit desktopsChanged();
+}
+
+void X11WindowCache::readActiveFocus()
+{
+    xcb_connection_t* c = m_connection->get();
+    auto focus = reply(xcb_get_input_focus_reply(c, xcb_get_input_focus(c), nullptr));
+    m_active = focus && client(focus->focus) ? focus->focus : NoWindow;
 }
 
 QList<xcb_window_t> X11WindowCache::readTopLevels()
@@ -333,6 +405,7 @@ void X11WindowCache::fetch(const QList<xcb_window_t>& windows, unsigned fields)
             clients.append(&*it);
     }
     m_reader.read(clients, fields);
+    ++m_generation;
     if (hasWindowManager())
         return;
     // The states and desktops a dead window manager left on its windows
@@ -361,17 +434,13 @@ void X11WindowCache::onRootProperty(xcb_atom_t atom)
     } else if (!hasWindowManager()) {
         return; // the EWMH lists are nobody's now
     } else if (atom == a(Atom::NetClientList)) {
-        readClientList();
-        readStacking();
-        emit clientsChanged();
+        readRootLater(ClientListField | StackingField);
     } else if (atom == a(Atom::NetClientListStacking)) {
-        readStacking();
+        readRootLater(StackingField);
     } else if (atom == a(Atom::NetActiveWindow)) {
-        readActive();
-        emit activeWindowChanged();
+        readRootLater(ActiveField);
     } else if (atom == a(Atom::NetCurrentDesktop) || atom == a(Atom::NetNumberOfDesktops)) {
-        readDesktops();
-        emit desktopsChanged();
+        readRootLater(DesktopsField);
     }
 }
 

@@ -39,6 +39,11 @@ public:
     // Without one, requests go to the windows themselves.
     bool hasWindowManager() const { return m_wmCheck != NoWindow; }
 
+    // Changes whenever a client comes or goes, moves in the client order,
+    // or has its properties read again: what is made of the clients can be
+    // kept while it stays the same.
+    quint64 generation() const { return m_generation; }
+
     xcb_window_t activeWindow() const { return m_active; }
     std::optional<quint32> desktopCount() const { return m_desktopCount; }
     quint32 currentDesktop() const { return m_currentDesktop; }
@@ -70,13 +75,36 @@ signals:
     void desktopsChanged();
 
 private:
+    // The root properties the lists come from, as flags of what to read.
+    enum RootField : unsigned
+    {
+        ClientListField = 1,
+        StackingField = 2,
+        ActiveField = 4,
+        DesktopsField = 8,
+        AllRootFields = 15
+    };
+    // The requests for some root properties, sent but not yet answered.
+    struct RootRequests
+    {
+        xcb_get_property_cookie_t clientList{};
+        xcb_get_property_cookie_t stacking{};
+        xcb_get_property_cookie_t active{};
+        xcb_get_property_cookie_t desktopCount{};
+        xcb_get_property_cookie_t currentDesktop{};
+    };
+
     void readWindowManager();
     void selectRootEvents();
     void setClients(QList<xcb_window_t> windows);
-    void readClientList();
-    void readStacking();
-    void readActive();
-    void readDesktops();
+    void requestRoot(unsigned fields, RootRequests& requests) const;
+    void discardRoot(unsigned fields, const RootRequests& requests) const;
+    void readRoot(unsigned fields, const RootRequests& requests);
+    void readRootLater(unsigned fields);
+    void readPendingRoot();
+    std::optional<QList<quint32>> rootValues(xcb_get_property_cookie_t cookie,
+                                             xcb_atom_t type) const;
+    void readActiveFocus();
     QList<xcb_window_t> readTopLevels();
     void readTopLevelsLater();
     void readTopLevelsNow();
@@ -98,6 +126,9 @@ private:
     xcb_window_t m_wmCheck = NoWindow;
     uint32_t m_qtRootMask = 0; // what Qt selected on the root before us
     bool m_topLevelsPending = false;
+    unsigned m_rootPending = 0;  // RootField flags changed since the last read
+    RootRequests m_rootRequests; // asked for m_rootPending, not read yet
+    quint64 m_generation = 0;
 };
 
 } // namespace velkor::x11

@@ -20,6 +20,10 @@ X11Workspace::X11Workspace(std::shared_ptr<X11WindowCache> cache,
     : Workspace(parent), m_owner(cache), m_cache(*cache), m_entries(std::move(entries)),
       m_ownPid(ownPid)
 {
+    // Connected first: whoever hears of new entries finds the apps made
+    // again from them.
+    connect(m_entries.get(), &XdgDesktopEntryIndex::changed, this,
+            [this] { m_appsGeneration.reset(); });
     m_lastApps = runningApplications();
     m_lastFrontmost = frontmostPid();
     connect(&m_cache, &X11WindowCache::clientsChanged, this, &X11Workspace::onClientsChanged);
@@ -67,6 +71,17 @@ RunningApp X11Workspace::describe(Pid pid, const QList<const X11Client*>& window
 }
 
 QList<RunningApp> X11Workspace::runningApplications() const
+{
+    // Asked at every session and every activation, while the clients
+    // rarely change in between.
+    if (m_appsGeneration != m_cache.generation()) {
+        m_apps = readRunningApplications();
+        m_appsGeneration = m_cache.generation();
+    }
+    return m_apps;
+}
+
+QList<RunningApp> X11Workspace::readRunningApplications() const
 {
     QList<Pid> order;
     QHash<Pid, QList<const X11Client*>> byPid;

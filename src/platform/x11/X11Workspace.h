@@ -38,6 +38,7 @@ public:
 
 private:
     QList<const X11Client*> windowsOf(Pid pid) const;
+    QList<RunningApp> readRunningApplications() const;
     RunningApp describe(Pid pid, const QList<const X11Client*>& windows) const;
     void onClientsChanged();
     void onActiveWindowChanged();
@@ -48,6 +49,9 @@ private:
     std::shared_ptr<XdgDesktopEntryIndex> m_entries;
     Pid m_ownPid;
     QList<RunningApp> m_lastApps;
+    // What runningApplications() last made, and of which clients and entries.
+    mutable QList<RunningApp> m_apps;
+    mutable std::optional<quint64> m_appsGeneration;
     std::optional<Pid> m_lastFrontmost;
     xcb_window_t m_pendingActivation = 0;
 };
