@@ -76,13 +76,9 @@ std::optional<QSizeF> OverlayWindow::fittingSize()
 
 std::optional<QRectF> OverlayWindow::mainScreenArea() const
 {
-    // A panel already up stays on its screen while the keys change what it
-    // shows: asking the server where the pointer is costs a round trip.
-    QScreen* screen = isVisible() ? windowHandle()->screen() : nullptr;
     // The pointer is the best portable hint of where the user works; the
     // focused window is usually under or near it.
-    if (!screen)
-        screen = QGuiApplication::screenAt(QCursor::pos());
+    QScreen* screen = QGuiApplication::screenAt(QCursor::pos());
     if (!screen)
         screen = QGuiApplication::primaryScreen();
     if (!screen)
