@@ -9,8 +9,10 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QLoggingCategory>
+#include <QSet>
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 Q_LOGGING_CATEGORY(lcSettings, "velkor.settings")
 
@@ -68,18 +70,49 @@ QString freeAsidePath(const QString& path)
     return candidate;
 }
 
+// Letter orders not yet written, kept for a program that ends through exit()
+// rather than by returning from main: Qt's way out when the X server goes
+// away. Constructed on first use, after Qt's own statics, so it is
+// destroyed, and writes, before them.
+class UnwrittenAtExit
+{
+public:
+    ~UnwrittenAtExit()
+    {
+        for (Preferences* prefs : std::exchange(m_pending, {}))
+            prefs->writeLetterUsageNow();
+    }
+    void add(Preferences* prefs) { m_pending.insert(prefs); }
+    void remove(Preferences* prefs) { m_pending.remove(prefs); }
+
+private:
+    QSet<Preferences*> m_pending;
+};
+
+UnwrittenAtExit& unwrittenAtExit()
+{
+    static UnwrittenAtExit pending;
+    return pending;
+}
+
 } // namespace
 
 Preferences::Preferences(std::unique_ptr<QSettings> store, QObject* parent)
     : QObject(parent), m_store(std::move(store))
 {
     Q_ASSERT(m_store);
+    m_letterUsageWrite.setSingleShot(true);
+    m_letterUsageWrite.setInterval(LetterUsageWriteDelayMs);
+    connect(&m_letterUsageWrite, &QTimer::timeout, this, &Preferences::writeLetterUsageNow);
     if (m_store->status() == QSettings::FormatError && !setAsideDamagedStore())
         return; // the damaged file stays where it is; run on the defaults
     load();
 }
 
-Preferences::~Preferences() = default;
+Preferences::~Preferences()
+{
+    writeLetterUsageNow();
+}
 
 void Preferences::setApplicationIdentity()
 {
@@ -289,7 +322,22 @@ void Preferences::setLetterUsage(const LetterUsage& value)
     m_letterUsage = value;
     emit letterUsageChanged();
     emit changed();
-    LetterUsageStore(*m_store).write(value);
+    // Every switch may reorder a letter; a burst of switches is one write
+    // of the file (with its lock file and flush to disk), not one each.
+    if (!m_letterUsageWrite.isActive()) {
+        m_letterUsageWrite.start();
+        unwrittenAtExit().add(this);
+    }
+}
+
+void Preferences::writeLetterUsageNow()
+{
+    if (!m_letterUsageWrite.isActive())
+        return;
+    m_letterUsageWrite.stop();
+    unwrittenAtExit().remove(this);
+    LetterUsageStore(*m_store).write(m_letterUsage);
+    m_store->sync();
 }
 
 void Preferences::setExcluded(bool excluded, const QString& bundleId)

@@ -7,6 +7,7 @@
 #include <QObject>
 #include <QSettings>
 #include <QStringList>
+#include <QTimer>
 #include <memory>
 #include <optional>
 #include <utility>
@@ -18,8 +19,9 @@ namespace velkor {
 // brought within what the settings window can set, in memory only (the store
 // keeps what it holds until the setting is next assigned). An assignment
 // writes the value unless the store holds it already, so that assigning an
-// unchanged value, as every switch does with the learnt letter order, leaves
-// the file alone.
+// unchanged value leaves the file alone. The learnt letter order, which
+// switches change, is written a few seconds after a change, once for all
+// the changes made meanwhile.
 class Preferences : public QObject
 {
     Q_OBJECT
@@ -95,6 +97,11 @@ public:
 
     QSettings& store() { return *m_store; }
 
+    // The learnt letter order is written a few seconds after it changes, and
+    // at the latest when this object goes (or the program exits); this
+    // writes what is still unwritten at once.
+    void writeLetterUsageNow();
+
 signals:
     // One signal per setting, plus changed() after any of them.
     void overlayEnabledChanged();
@@ -123,7 +130,10 @@ private:
     void assign(T& field, const T& value, void (Preferences::*notify)(), const QString& key,
                 const QVariant& stored);
 
+    static constexpr int LetterUsageWriteDelayMs = 3000;
+
     std::unique_ptr<QSettings> m_store;
+    QTimer m_letterUsageWrite;
     bool m_overlayEnabled = true;
     double m_overlayDelay = 0.25;
     OverlayPosition m_overlayPosition = OverlayPosition::bottomRight;
