@@ -77,8 +77,12 @@ std::optional<QSizeF> OverlayWindow::fittingSize()
 std::optional<QRectF> OverlayWindow::mainScreenArea() const
 {
     // The pointer is the best portable hint of where the user works; the
-    // focused window is usually under or near it.
-    QScreen* screen = QGuiApplication::screenAt(QCursor::pos());
+    // focused window is usually under or near it. With one screen there is
+    // nothing to choose, and asking for the pointer is a round trip to the
+    // display server on every key.
+    const QList<QScreen*> screens = QGuiApplication::screens();
+    QScreen* screen =
+        screens.size() == 1 ? screens.first() : QGuiApplication::screenAt(QCursor::pos());
     if (!screen)
         screen = QGuiApplication::primaryScreen();
     if (!screen)
@@ -159,10 +163,14 @@ void OverlayWindow::pillChanged()
 
 void OverlayWindow::updateShape()
 {
-    if (m_view->isComposited())
-        clearMask();
-    else
-        setMask(m_view->shape().translated(m_view->pos()));
+    // The shape goes on the native window only: a widget mask would also clip
+    // every paint to the capsule's many rectangles and flush each of them to
+    // the server on its own.
+    QWindow* window = windowHandle();
+    const QRegion shape =
+        m_view->isComposited() ? QRegion() : m_view->shape().translated(m_view->pos());
+    if (window && window->mask() != shape)
+        window->setMask(shape);
 }
 
 void OverlayWindow::updateBlur()

@@ -10,6 +10,7 @@
 #include <QApplication>
 #include <QScreen>
 #include <QTemporaryDir>
+#include <QWindow>
 #include <QtTest>
 
 using namespace velkor;
@@ -216,7 +217,7 @@ void OverlayWindowTest::withoutACompositorItIsCutToThePillAndOpaque()
     QCOMPARE(window.windowOpacity(), 1.0);
     QVERIFY(!view.blurActive());
 
-    const QRegion mask = window.mask();
+    const QRegion mask = window.windowHandle()->mask();
     const QRectF pill = view.pillRect();
     const QList<QRectF> dots = view.dotRects();
     QCOMPARE(dots.size(), 2);
@@ -249,7 +250,7 @@ void OverlayWindowTest::withoutACompositorItIsCutToThePillAndOpaque()
 
     // A compositor starts: see-through again, with its shadow and fade.
     shell.setCompositing(true);
-    QVERIFY(window.mask().isEmpty());
+    QVERIFY(window.windowHandle()->mask().isEmpty());
     QVERIFY(view.blurActive());
     image.fill(Qt::transparent);
     view.render(&image);
@@ -264,7 +265,7 @@ void OverlayWindowTest::withoutACompositorItIsCutToThePillAndOpaque()
     shell.setCompositing(false);
     QVERIFY(!window.isFading());
     QCOMPARE(window.windowOpacity(), 1.0);
-    QCOMPARE(window.mask(), view.shape());
+    QCOMPARE(window.windowHandle()->mask(), view.shape());
 }
 
 QTEST_MAIN(OverlayWindowTest)

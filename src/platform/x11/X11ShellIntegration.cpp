@@ -13,6 +13,8 @@
 #include <QSystemTrayIcon>
 #include <QWindow>
 
+#include <array>
+
 namespace velkor::x11 {
 
 namespace {
@@ -45,6 +47,16 @@ void X11ShellIntegration::prepareOverlayWindow(QWindow* window)
     window->setFlags(window->flags() | Qt::Tool | Qt::FramelessWindowHint |
                      Qt::WindowStaysOnTopHint | Qt::WindowDoesNotAcceptFocus |
                      Qt::X11BypassWindowManagerHint);
+    // Qt finds a window's frame in _NET_FRAME_EXTENTS or else by walking the
+    // window tree, several round trips after every move, resize and showing.
+    // No window manager frames the overlay: its extents are zero.
+    if (m_connection) {
+        const std::array<quint32, 4> noFrame{};
+        xcb_change_property(m_connection->get(), XCB_PROP_MODE_REPLACE,
+                            xcb_window_t(window->winId()),
+                            m_connection->atom(Atom::NetFrameExtents), XCB_ATOM_CARDINAL, 32,
+                            noFrame.size(), noFrame.data());
+    }
 }
 
 bool X11ShellIntegration::isCompositing() const
