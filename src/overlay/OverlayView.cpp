@@ -22,8 +22,6 @@ constexpr int TitlePixels = 19;
 constexpr int SecondaryPixels = 12;
 constexpr int BadgePixels = 16;
 constexpr int QueryPixels = 14;
-constexpr int TilePixels = 20;
-constexpr double TileRadius = 10;
 constexpr double ChipRadius = 9;
 constexpr double QueryChipPadding = 9;
 constexpr double BadgeChipPadding = 8;
@@ -83,7 +81,7 @@ QRegion capsuleRegion(const QRectF& rect)
 OverlayView::OverlayView(OverlayModel& model, Preferences& prefs, ShellIntegration& shell,
                          KeyNaming naming, QWidget* parent)
     : QWidget(parent), m_model(model), m_prefs(prefs), m_shell(shell), m_naming(naming),
-      m_content(OverlayContent::of(model)), m_faces(makeFaces())
+      m_content(OverlayContent::of(model)), m_faces(makeFaces()), m_icons(shell)
 {
     measure();
     setAttribute(Qt::WA_TranslucentBackground);
@@ -355,47 +353,16 @@ void OverlayView::hideEvent(QHideEvent* event)
 {
     QWidget::hideEvent(event);
     // The next showing is another session; apps may have come and gone.
-    m_fileIcons.clear();
-    m_processIcons.clear();
-}
-
-// The entry's icon, else the one the app's windows carry (apps known only by
-// their windows have no entry).
-QIcon OverlayView::selectedIcon()
-{
-    if (m_content.iconPath) {
-        const QString& path = *m_content.iconPath;
-        auto icon = m_fileIcons.constFind(path);
-        if (icon == m_fileIcons.constEnd())
-            icon = m_fileIcons.insert(path, m_shell.iconForFile(path));
-        if (!icon->isNull())
-            return *icon;
-    }
-    if (m_content.pid) {
-        auto icon = m_processIcons.constFind(*m_content.pid);
-        if (icon == m_processIcons.constEnd())
-            icon = m_processIcons.insert(*m_content.pid, m_shell.iconForProcess(*m_content.pid));
-        return *icon;
-    }
-    return QIcon();
+    m_icons.showingEnded();
 }
 
 void OverlayView::paintIcon(QPainter& painter, const QRectF& frame)
 {
-    const QIcon icon = selectedIcon();
-    if (!icon.isNull()) {
-        const qreal dpr = devicePixelRatioF();
-        const QPixmap pixmap = icon.pixmap(QSize(IconSize, IconSize), dpr);
-        painter.drawPixmap(frame, pixmap, QRectF(QPointF(0, 0), pixmap.size()));
-        return;
-    }
-    const QColor accentColor = accent();
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(withAlpha(accentColor, 0.18));
-    painter.drawRoundedRect(frame, TileRadius, TileRadius);
-    painter.setPen(accentColor);
-    painter.setFont(OverlayFonts::system(TilePixels, QFont::Medium));
-    painter.drawText(frame, Qt::AlignCenter, iconTileText(m_content.appName, m_naming));
+    const qreal dpr = devicePixelRatioF();
+    QPixmap pixmap = m_icons.icon(m_content.iconPath, m_content.pid, IconSize, dpr);
+    if (pixmap.isNull())
+        pixmap = m_icons.tile(iconTileText(m_content.appName, m_naming), accent(), IconSize, dpr);
+    painter.drawPixmap(frame, pixmap, QRectF(QPointF(0, 0), pixmap.size()));
 }
 
 void OverlayView::paintTexts(QPainter& painter, const Geometry& g) const

@@ -2,11 +2,10 @@
 #pragma once
 
 #include "overlay/OverlayContent.h"
+#include "overlay/OverlayIcons.h"
 #include "overlay/TextWidths.h"
 #include "settings/PlatformTraits.h"
 
-#include <QHash>
-#include <QIcon>
 #include <QImage>
 #include <QList>
 #include <QRectF>
@@ -119,7 +118,6 @@ private:
 
     void paintShadow(QPainter& painter, const QRectF& pill);
     void paintBackground(QPainter& painter, const QRectF& pill) const;
-    QIcon selectedIcon();
     void paintIcon(QPainter& painter, const QRectF& frame);
     void paintTexts(QPainter& painter, const Geometry& geometry) const;
     void paintChip(QPainter& painter, const QRectF& frame) const;
@@ -137,9 +135,7 @@ private:
     mutable QList<QRectF> m_shapeDots;
     mutable QRegion m_shape;
     QImage m_shadow; // cached for m_shadowSize
-    // Every model change repaints; icons are looked up once while shown.
-    QHash<QString, QIcon> m_fileIcons;
-    QHash<Pid, QIcon> m_processIcons;
+    OverlayIcons m_icons;
     QSize m_shadowSize;
     bool m_composited = true;
 };

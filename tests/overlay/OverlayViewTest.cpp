@@ -274,11 +274,15 @@ void OverlayViewTest::iconComesFromTheEntryThenTheWindowsElseTheTile()
 void OverlayViewTest::iconsAreLookedUpOncePerShowing()
 {
     Fixture f;
+    QTemporaryDir dir;
+    const QString entry = dir.filePath(QStringLiteral("calculator.desktop"));
+    QFile file(entry);
+    QVERIFY(file.open(QIODevice::WriteOnly)); // an entry without an icon
     QPixmap windowIcon(48, 48);
     windowIcon.fill(Qt::blue);
     f.shell.processIcons.insert(42, QIcon(windowIcon));
     OverlayItem calc = row("Calculator");
-    calc.iconPath = QStringLiteral("/apps/gone.desktop");
+    calc.iconPath = entry;
     calc.pid = 42;
     f.view.show();
     f.model.setItems({calc, row("Chess")});
@@ -290,11 +294,17 @@ void OverlayViewTest::iconsAreLookedUpOncePerShowing()
     }
     QCOMPARE(f.shell.lookups, 2); // the entry and the process, once each
 
-    // Hidden and shown again, the icons are asked for anew: the app may
-    // have quit and another taken its pid.
+    // Hidden and shown again, the window's icon is asked for anew (the app
+    // may have quit and another taken its pid); the entry's is kept until
+    // its file changes.
     f.view.hide();
     f.view.show();
     f.model.setSelection(0);
+    f.render(Qt::black);
+    QCOMPARE(f.shell.lookups, 3);
+    QVERIFY(file.setFileTime(QDateTime::currentDateTime().addSecs(60),
+                             QFileDevice::FileModificationTime));
+    file.close();
     f.render(Qt::black);
     QCOMPARE(f.shell.lookups, 4);
 }
