@@ -349,12 +349,8 @@ private slots:
         // A client of the test's own writes what careless and hostile
         // clients write, on its windows and on the root.
         xcb_connection_t* c = desktop().connection();
-        const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(c)).data->root;
-        const auto atom = [c](const char* name) {
-            auto r = reply(xcb_intern_atom_reply(
-                c, xcb_intern_atom(c, 0, uint16_t(qstrlen(name)), name), nullptr));
-            return r ? r->atom : xcb_atom_t(XCB_ATOM_NONE);
-        };
+        const xcb_window_t root = desktop().root();
+        const auto atom = [&](const char* name) { return desktop().atom(name); };
         const xcb_atom_t utf8 = atom("UTF8_STRING");
         const auto set = [c](xcb_window_t w, xcb_atom_t property, xcb_atom_t type, uint8_t format,
                              const void* data, uint32_t count) {
@@ -474,7 +470,7 @@ private slots:
         const xcb_window_t other = owner(QStringLiteral("Other"), {QStringLiteral("name=o")});
         QVERIFY(stubborn && other);
         desktop().activate(other);
-        QVERIFY(eventually([&] { return desktop().activeWindow() == other; }));
+        QVERIFY(desktop().waitForActive(other));
 
         QElapsedTimer timer;
         timer.start();
