@@ -266,13 +266,7 @@ private slots:
         VelkorInstance velkor(desktop());
         velkor.preferences()->store().remove(QStringLiteral("firstStartNoticeShown"));
         QVERIFY2(velkor.start(), qPrintable(velkor.log()));
-        QVERIFY2(desktop().waitFor(
-                     [&] {
-                         return !desktop()
-                                     .shownWindowsNamed(QStringLiteral("Velkor Settings"))
-                                     .isEmpty();
-                     },
-                     5000),
+        QVERIFY2(desktop().waitForShown(QStringLiteral("Velkor Settings")),
                  qPrintable(velkor.log()));
 
         if (!desktop().startTrayHost())
@@ -323,9 +317,7 @@ private slots:
         QVERIFY(desktop().waitForActive(recorder));
         velkor.preferences()->store().remove(QStringLiteral("firstStartNoticeShown"));
         QVERIFY2(velkor.start(), qPrintable(velkor.log()));
-        QVERIFY2(desktop().waitFor([&] {
-            return !desktop().shownWindowsNamed(QStringLiteral("Velkor is running")).isEmpty();
-        }),
+        QVERIFY2(desktop().waitForShown(QStringLiteral("Velkor is running")),
                  qPrintable(velkor.log()));
         QCOMPARE(desktop().activeWindow(), recorder);
         desktop().type(QStringLiteral("s"));
@@ -347,13 +339,7 @@ private slots:
             QVERIFY(velkor.launch());
             QVERIFY2(velkor.waitForLog(QStringLiteral("[Velkor] this is a Wayland session")),
                      qPrintable(velkor.log()));
-            QVERIFY2(desktop().waitFor(
-                         [&] {
-                             return !desktop()
-                                         .shownWindowsNamed(QStringLiteral("Welcome to Velkor"))
-                                         .isEmpty();
-                         },
-                         5000),
+            QVERIFY2(desktop().waitForShown(QStringLiteral("Welcome to Velkor")),
                      qPrintable(velkor.log()));
             QVERIFY(velkor.isRunning());
             QVERIFY2(!velkor.logSaysKeyGrabbed(), qPrintable(velkor.log()));
@@ -390,13 +376,7 @@ private slots:
         QCOMPARE(second.exitCode(), 0);
         QVERIFY(!second.readAll().contains("[Velkor] activation key"));
 
-        QVERIFY2(desktop().waitFor(
-                     [&] {
-                         return !desktop()
-                                     .shownWindowsNamed(QStringLiteral("Velkor Settings"))
-                                     .isEmpty();
-                     },
-                     5000),
+        QVERIFY2(desktop().waitForShown(QStringLiteral("Velkor Settings")),
                  qPrintable(velkor.log()));
         QVERIFY(velkor.isRunning());
         QVERIFY2(velkor.stop(), qPrintable(velkor.log()));

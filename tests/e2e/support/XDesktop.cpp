@@ -573,6 +573,11 @@ bool XDesktop::waitForDesktop(quint32 desktop) const
     return waitFor([&] { return currentDesktop() == desktop; });
 }
 
+bool XDesktop::waitForShown(const QString& title, int timeoutMs) const
+{
+    return waitFor([&] { return !shownWindowsNamed(title).isEmpty(); }, timeoutMs);
+}
+
 bool XDesktop::waitFor(const std::function<bool()>& condition, int timeoutMs) const
 {
     QDeadlineTimer deadline(timeoutMs);

@@ -155,6 +155,8 @@ public:
     bool isViewable(xcb_window_t window) const;
     // The shown windows, managed or not, whose WM_NAME is title.
     QList<xcb_window_t> shownWindowsNamed(const QString& title) const;
+    // Waits until a window with this title shows.
+    bool waitForShown(const QString& title, int timeoutMs = 5000) const;
 
 private:
     void launchOpenbox(const QStringList& arguments);
