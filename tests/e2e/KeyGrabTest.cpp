@@ -86,7 +86,7 @@ class KeyGrabTest : public DesktopTestCase
     }
 
 private slots:
-    void typedUnderTheKeyStaysOutOfTheFocusedTerminalWhilePassedKeysReachIt()
+    void typedUnderTheKeyStaysOutWhilePassedKeysAndOtherProgramsKeysGetThrough()
     {
         const xcb_window_t alpha = desktop().launchTerminal(QStringLiteral("Alpha"));
         const xcb_window_t recorder = desktop().launchRecorder(Recorder);
@@ -130,9 +130,57 @@ private slots:
         QVERIFY(desktop().waitForActive(recorder));
         desktop().type(QStringLiteral("f"));
         QVERIFY2(holdsExactly(QStringLiteral("0,sef")), qPrintable(desktop().recorded(Recorder)));
+        QVERIFY2(velkor.stop(), qPrintable(velkor.log()));
+
+        // A hotkey daemon holds Right Super as Velkor starts: Velkor says so
+        // once, keeps trying, and takes the key as soon as it is free.
+        XGrabber daemon(desktop().display());
+        daemon.grabKey(key::SuperR, XCB_MOD_MASK_ANY);
+        QVERIFY(!velkor.start());
+        QVERIFY2(velkor.isRunning(), qPrintable(velkor.log()));
+        const QString taken = QStringLiteral("[Velkor] cannot grab the activation key Right Super: "
+                                             "another program holds it");
+        QVERIFY2(velkor.log().contains(taken), qPrintable(velkor.log()));
+        OverlayShowings overlays(desktop(), velkor.pid());
+        desktop().underActivationKey(QStringLiteral("a"));
+        XDesktop::settle(3500); // a watchdog tick or so
+        daemon.ungrabKey(key::SuperR, XCB_MOD_MASK_ANY);
+        QVERIFY2(velkor.waitForLog(QStringLiteral("[Velkor] activation key Right Super grabbed")),
+                 qPrintable(velkor.log()));
+        // One line for the key, none for its variants with Shift and the
+        // like, which come back with it: a hand on Shift still switches.
+        QCOMPARE(velkor.log().count(taken), 1);
+        QVERIFY2(!velkor.log().contains(QStringLiteral("with Shift")), qPrintable(velkor.log()));
+        QCOMPARE(desktop().activeWindow(), recorder);
+        desktop().holding(key::ShiftL, [&] { desktop().underActivationKey(QStringLiteral("a")); });
+        QVERIFY(desktop().waitForActive(alpha));
+
+        // A screen locker holds the whole keyboard: a double tap held with a
+        // letter typed under it is the locker's, and Velkor shows nothing
+        // over it.
+        XGrabber locker(desktop().display());
+        QVERIFY(locker.grabKeyboard());
+        XDesktop::settle(500);
+        desktop().tap(key::SuperR);
+        desktop().holding(key::SuperR, [&] {
+            desktop().type(QStringLiteral("r"));
+            XDesktop::settle(400);
+        });
+        locker.ungrabKeyboard();
+        QCOMPARE(desktop().activeWindow(), alpha);
+
+        // Free again, the same double tap shows the window switcher at once:
+        // the only showing since this start.
+        XDesktop::settle(500);
+        desktop().tap(key::SuperR);
+        desktop().holding(key::SuperR, [&] {
+            QVERIFY2(desktop().waitFor([&] { return overlays.count() > 0; }),
+                     qPrintable(velkor.log()));
+        });
+        QCOMPARE(overlays.count(), 1);
     }
 
-    void superTabOnlyWhenAskedAndSuperGraveThroughTheFrontAppsWindows()
+    void windowSwitchersSuperTabOnlyWhenAskedSuperGraveAndTheDoubleTap()
     {
         const xcb_window_t alpha = desktop().launchTerminal(QStringLiteral("Alpha"));
         const xcb_window_t beta = desktop().launchTerminal(QStringLiteral("Beta"));
@@ -214,87 +262,22 @@ private slots:
         desktop().holding(key::SuperL, [&] { desktop().tap(key::Grave); });
         desktop().type(QStringLiteral("s"));
         QVERIFY2(holdsExactly(QStringLiteral("\tse`s")), qPrintable(desktop().recorded(Recorder)));
-    }
 
-    void doubleTapOpensTheWindowSwitcherAndTypingFiltersIt()
-    {
+        // A double tap opens the window switcher; typing filters it by title.
         const xcb_window_t groceries =
             desktop().launchTerminal(QStringLiteral("Notes"), QStringLiteral("groceries"));
         const xcb_window_t taxes =
             desktop().launchTerminal(QStringLiteral("Notes"), QStringLiteral("taxes"));
-        const xcb_window_t build =
-            desktop().launchTerminal(QStringLiteral("Build"), QStringLiteral("compiler"));
-        QVERIFY(groceries && taxes && build);
-        VelkorInstance velkor(desktop());
-        QVERIFY2(velkor.start(), qPrintable(velkor.log()));
-        desktop().activate(build);
-        QVERIFY(desktop().waitForActive(build));
-
+        QVERIFY(groceries && taxes);
+        desktop().activate(alpha);
+        QVERIFY(desktop().waitForActive(alpha));
         desktop().tap(key::SuperR);
         desktop().holding(key::SuperR, [&] { desktop().type(QStringLiteral("tax")); });
         QVERIFY2(desktop().waitForActive(taxes), qPrintable(velkor.log()));
-
         XDesktop::settle(500); // apart from the last press, so not a triple tap
         desktop().tap(key::SuperR);
         desktop().holding(key::SuperR, [&] { desktop().type(QStringLiteral("gro")); });
         QVERIFY(desktop().waitForActive(groceries));
-    }
-
-    void anotherProgramHoldingTheKeyOrTheKeyboardKeepsItsKeys()
-    {
-        const xcb_window_t alpha = desktop().launchTerminal(QStringLiteral("Alpha"));
-        const xcb_window_t recorder = desktop().launchRecorder(Recorder);
-        QVERIFY(alpha && recorder);
-        desktop().activate(recorder);
-        QVERIFY(desktop().waitForActive(recorder));
-
-        // A hotkey daemon holds Right Super as Velkor starts: Velkor says so
-        // once, keeps trying, and takes the key as soon as it is free.
-        XGrabber daemon(desktop().display());
-        daemon.grabKey(key::SuperR, XCB_MOD_MASK_ANY);
-        VelkorInstance velkor(desktop());
-        QVERIFY(!velkor.start());
-        QVERIFY2(velkor.isRunning(), qPrintable(velkor.log()));
-        const QString taken = QStringLiteral("[Velkor] cannot grab the activation key Right Super: "
-                                             "another program holds it");
-        QVERIFY2(velkor.log().contains(taken), qPrintable(velkor.log()));
-        OverlayShowings overlays(desktop(), velkor.pid());
-        desktop().underActivationKey(QStringLiteral("a"));
-        XDesktop::settle(3500); // a watchdog tick or so
-        daemon.ungrabKey(key::SuperR, XCB_MOD_MASK_ANY);
-        QVERIFY2(velkor.waitForLog(QStringLiteral("[Velkor] activation key Right Super grabbed")),
-                 qPrintable(velkor.log()));
-        // One line for the key, none for its variants with Shift and the
-        // like, which come back with it: a hand on Shift still switches.
-        QCOMPARE(velkor.log().count(taken), 1);
-        QVERIFY2(!velkor.log().contains(QStringLiteral("with Shift")), qPrintable(velkor.log()));
-        QCOMPARE(desktop().activeWindow(), recorder);
-        desktop().holding(key::ShiftL, [&] { desktop().underActivationKey(QStringLiteral("a")); });
-        QVERIFY(desktop().waitForActive(alpha));
-
-        // A screen locker holds the whole keyboard: a double tap held with a
-        // letter typed under it is the locker's, and Velkor shows nothing
-        // over it.
-        XGrabber locker(desktop().display());
-        QVERIFY(locker.grabKeyboard());
-        XDesktop::settle(500);
-        desktop().tap(key::SuperR);
-        desktop().holding(key::SuperR, [&] {
-            desktop().type(QStringLiteral("r"));
-            XDesktop::settle(400);
-        });
-        locker.ungrabKeyboard();
-        QCOMPARE(desktop().activeWindow(), alpha);
-
-        // Free again, the same double tap shows the window switcher at once:
-        // the only showing of the whole test.
-        XDesktop::settle(500);
-        desktop().tap(key::SuperR);
-        desktop().holding(key::SuperR, [&] {
-            QVERIFY2(desktop().waitFor([&] { return overlays.count() > 0; }),
-                     qPrintable(velkor.log()));
-        });
-        QCOMPARE(overlays.count(), 1);
     }
 
     void keysCountByPositionThroughAStallAndNewKeymaps()
