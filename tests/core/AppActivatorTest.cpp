@@ -11,7 +11,7 @@ using namespace velkor::fake;
 namespace {
 FakeWindow window(const QString& key)
 {
-    return FakeWindow{key, std::nullopt, false, std::nullopt, true};
+    return FakeWindow{key, std::nullopt, false, std::nullopt};
 }
 } // namespace
 

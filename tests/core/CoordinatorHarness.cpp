@@ -52,7 +52,7 @@ void CoordinatorHarness::addWindows(Pid pid, const QStringList& titles,
     QList<fake::FakeWindow> list;
     for (int i = 0; i < titles.size(); ++i)
         list.append({QStringLiteral("%1w%2").arg(pid).arg(i), titles[i], minimized.value(i),
-                     QRectF(100 * pid, 0, 200, 100), true});
+                     QRectF(100 * pid, 0, 200, 100)});
     fake.windows->windows.insert(pid, list);
 }
 

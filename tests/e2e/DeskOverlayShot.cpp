@@ -17,30 +17,6 @@ using namespace velkor::e2e;
 
 namespace {
 
-// The shown top-level window of Velkor's overlay (override-redirect, so not
-// among the window manager's clients); 0 while there is none.
-xcb_window_t shownOverlay(XDesktop& desktop)
-{
-    xcb_connection_t* c = desktop.connection();
-    const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(c)).data->root;
-    xcb_query_tree_reply_t* tree = xcb_query_tree_reply(c, xcb_query_tree(c, root), nullptr);
-    if (!tree)
-        return 0;
-    xcb_window_t found = 0;
-    const xcb_window_t* children = xcb_query_tree_children(tree);
-    for (int i = 0; i < xcb_query_tree_children_length(tree) && !found; ++i) {
-        xcb_get_window_attributes_reply_t* attributes =
-            xcb_get_window_attributes_reply(c, xcb_get_window_attributes(c, children[i]), nullptr);
-        if (attributes && attributes->override_redirect &&
-            attributes->map_state == XCB_MAP_STATE_VIEWABLE &&
-            desktop.wmClass(children[i]) == QLatin1String("Velkor"))
-            found = children[i];
-        free(attributes);
-    }
-    free(tree);
-    return found;
-}
-
 int fail(const char* what, const QString& detail = QString())
 {
     std::fprintf(stderr, "velkor-desk-overlay-shot: %s\n%s\n", what, qPrintable(detail));
@@ -81,8 +57,12 @@ int main(int argc, char** argv)
     desktop.press(key::SuperR);
     desktop.tap(key::of(QLatin1Char('n')));
     xcb_window_t overlay = 0;
-    const bool shown =
-        desktop.waitFor([&] { return (overlay = shownOverlay(desktop)) != 0; }, 5000);
+    const bool shown = desktop.waitFor(
+        [&] {
+            overlay = desktop.shownWindowsNamed(QStringLiteral("Velkor overlay")).value(0);
+            return overlay != 0;
+        },
+        5000);
     // Its first frame painted.
     XDesktop::settle(400);
     const QRect around = desktop.frame(overlay).adjusted(-24, -24, 24, 24);

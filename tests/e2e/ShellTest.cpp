@@ -6,81 +6,15 @@
 
 #include <QProcess>
 #include <QtTest>
-#include <cstring>
 #include <functional>
 #include <memory>
 #include <optional>
-#include <xcb/xcb.h>
 #include <xcb/xtest.h>
 
 using namespace velkor;
 using namespace velkor::e2e;
 
 namespace {
-
-template <typename T> using Reply = std::unique_ptr<T, decltype(&free)>;
-
-// Every window below root, depth first (override-redirect windows and the
-// window manager's frames alike).
-QList<xcb_window_t> allWindows(xcb_connection_t* c, xcb_window_t root)
-{
-    QList<xcb_window_t> result;
-    Reply<xcb_query_tree_reply_t> tree(xcb_query_tree_reply(c, xcb_query_tree(c, root), nullptr),
-                                       &free);
-    if (!tree)
-        return result;
-    const xcb_window_t* children = xcb_query_tree_children(tree.get());
-    for (int i = 0; i < xcb_query_tree_children_length(tree.get()); ++i) {
-        result.append(children[i]);
-        result.append(allWindows(c, children[i]));
-    }
-    return result;
-}
-
-QString windowName(xcb_connection_t* c, xcb_window_t window)
-{
-    Reply<xcb_get_property_reply_t> name(
-        xcb_get_property_reply(
-            c, xcb_get_property(c, 0, window, XCB_ATOM_WM_NAME, XCB_GET_PROPERTY_TYPE_ANY, 0, 256),
-            nullptr),
-        &free);
-    if (!name)
-        return {};
-    return QString::fromUtf8(static_cast<const char*>(xcb_get_property_value(name.get())),
-                             xcb_get_property_value_length(name.get()));
-}
-
-bool isViewable(xcb_connection_t* c, xcb_window_t window)
-{
-    Reply<xcb_get_window_attributes_reply_t> attributes(
-        xcb_get_window_attributes_reply(c, xcb_get_window_attributes(c, window), nullptr), &free);
-    return attributes && attributes->map_state == XCB_MAP_STATE_VIEWABLE;
-}
-
-// Shown windows with this exact title.
-QList<xcb_window_t> shownWindowsNamed(XDesktop& desktop, const QString& title)
-{
-    xcb_connection_t* c = desktop.connection();
-    const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(c)).data->root;
-    QList<xcb_window_t> found;
-    for (const xcb_window_t window : allWindows(c, root))
-        if (windowName(c, window) == title && isViewable(c, window))
-            found.append(window);
-    return found;
-}
-
-xcb_window_t selectionOwner(XDesktop& desktop, const char* name)
-{
-    xcb_connection_t* c = desktop.connection();
-    Reply<xcb_intern_atom_reply_t> atom(
-        xcb_intern_atom_reply(c, xcb_intern_atom(c, 0, uint16_t(strlen(name)), name), nullptr),
-        &free);
-    if (!atom)
-        return 0;
-    Reply<xcb_get_selection_owner_reply_t> owner(
-        xcb_get_selection_owner_reply(c, xcb_get_selection_owner(c, atom->atom), nullptr), &free);
-    return owner ? owner->owner : xcb_window_t(0);
-}
 
 // A program of the desktop's own, stopped with the test.
 struct Helper
@@ -125,7 +59,8 @@ struct AroundThePill
 // padding.
 std::optional<AroundThePill> lookAroundThePill(XDesktop& desktop)
 {
-    const QList<xcb_window_t> overlays = shownWindowsNamed(desktop, "Velkor overlay");
+    const QList<xcb_window_t> overlays =
+        desktop.shownWindowsNamed(QStringLiteral("Velkor overlay"));
     if (overlays.isEmpty())
         return std::nullopt;
     const QRect window = desktop.frame(overlays.first());
@@ -144,9 +79,8 @@ void click(XDesktop& desktop, QPoint where, uint8_t button)
 {
     desktop.warpPointer(where);
     xcb_connection_t* c = desktop.connection();
-    const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(c)).data->root;
-    xcb_test_fake_input(c, XCB_BUTTON_PRESS, button, XCB_CURRENT_TIME, root, 0, 0, 0);
-    xcb_test_fake_input(c, XCB_BUTTON_RELEASE, button, XCB_CURRENT_TIME, root, 0, 0, 0);
+    xcb_test_fake_input(c, XCB_BUTTON_PRESS, button, XCB_CURRENT_TIME, desktop.root(), 0, 0, 0);
+    xcb_test_fake_input(c, XCB_BUTTON_RELEASE, button, XCB_CURRENT_TIME, desktop.root(), 0, 0, 0);
     xcb_flush(c);
 }
 
@@ -198,39 +132,62 @@ class ShellTest : public DesktopTestCase
     Q_OBJECT
 
 private slots:
-    void overlayAppearsInTheCornerWithoutTakingFocus()
+    // Each hold schedules the overlay; a switch that ends before the delay
+    // must not show it. The delay is far longer than any hold on a loaded
+    // machine, so a showing is a fault whatever the timing. That the release
+    // cancels the pending show is the overlay controller's unit test. Held
+    // past a short delay, it shows in its corner, and the focus stays put.
+    void overlayShowsOnlyAfterTheDelayInTheCornerWithoutTakingFocus()
     {
-        const xcb_window_t term = desktop().launchTerminal(QStringLiteral("Workbench"));
-        QVERIFY(term);
-        desktop().activate(term);
-        QVERIFY(desktop().waitForActive(QStringLiteral("Workbench")));
+        QVERIFY(desktop().launchTerminal(QStringLiteral("Alpha")));
+        const xcb_window_t beta = desktop().launchTerminal(QStringLiteral("Beta"));
+        QVERIFY(beta);
+        QVERIFY(desktop().waitForActive(QStringLiteral("Beta")));
         VelkorInstance velkor(desktop());
+        velkor.preferences()->setOverlayDelay(3600);
+        QVERIFY2(velkor.start(), qPrintable(velkor.log()));
+        const auto overlayShown = [&] {
+            return !desktop().shownWindowsNamed(QStringLiteral("Velkor overlay")).isEmpty();
+        };
+
+        bool seen = false;
+        for (int round = 0; round < 3; ++round) {
+            desktop().holding(key::SuperR, [&] {
+                desktop().type(QStringLiteral("a"));
+                seen = seen || overlayShown();
+            });
+            QVERIFY(desktop().waitForActive(QStringLiteral("Alpha")));
+            seen = seen || overlayShown();
+            desktop().holding(key::SuperR, [&] { desktop().type(QStringLiteral("b")); });
+            QVERIFY(desktop().waitForActive(QStringLiteral("Beta")));
+        }
+        QVERIFY(!seen);
+        QVERIFY(!overlayShown());
+        QVERIFY2(velkor.stop(), qPrintable(velkor.log()));
+
         {
             auto prefs = velkor.preferences();
             prefs->setOverlayPosition(OverlayPosition::topLeft);
             prefs->setOverlayDelay(0.3);
         }
         QVERIFY2(velkor.start(), qPrintable(velkor.log()));
-
         QElapsedTimer held;
         desktop().press(key::SuperR);
         held.start();
-        QVERIFY(desktop().waitFor(
-            [&] { return !shownWindowsNamed(desktop(), "Velkor overlay").isEmpty(); }, 3000));
+        QVERIFY(desktop().waitFor(overlayShown, 3000));
         // Not before the delay.
         QVERIFY2(held.elapsed() >= 250, qPrintable(QString::number(held.elapsed())));
-        const xcb_window_t overlay = shownWindowsNamed(desktop(), "Velkor overlay").first();
+        const xcb_window_t overlay =
+            desktop().shownWindowsNamed(QStringLiteral("Velkor overlay")).first();
         const QRect rect = desktop().frame(overlay); // unmanaged: no frame extents
         QCOMPARE(rect.topLeft(), QPoint(24, 24));
         QVERIFY(rect.width() >= 180 && rect.height() >= 60);
         // The terminal keeps the keyboard while the overlay shows.
-        QCOMPARE(desktop().activeClass(), QStringLiteral("Workbench"));
-        QCOMPARE(desktop().activeWindow(), term);
+        QCOMPARE(desktop().activeWindow(), beta);
 
         desktop().release(key::SuperR);
-        QVERIFY(desktop().waitFor(
-            [&] { return shownWindowsNamed(desktop(), "Velkor overlay").isEmpty(); }, 2000));
-        QCOMPARE(desktop().activeWindow(), term);
+        QVERIFY(desktop().waitFor([&] { return !overlayShown(); }, 2000));
+        QCOMPARE(desktop().activeWindow(), beta);
         QVERIFY2(velkor.stop(), qPrintable(velkor.log()));
     }
 
@@ -267,8 +224,9 @@ private slots:
                 },
                 8000);
             desktop().release(key::SuperR);
-            desktop().waitFor(
-                [&] { return shownWindowsNamed(desktop(), "Velkor overlay").isEmpty(); });
+            desktop().waitFor([&] {
+                return desktop().shownWindowsNamed(QStringLiteral("Velkor overlay")).isEmpty();
+            });
             return seen;
         };
         // Cut to the pill: the window behind shows right up to its edge.
@@ -283,49 +241,20 @@ private slots:
                    a.below < a.behind - 8 && a.below > 128 && a.inside > 200;
         };
 
-        QCOMPARE(selectionOwner(desktop(), "_NET_WM_CM_S0"), xcb_window_t(0));
+        QCOMPARE(desktop().selectionOwner("_NET_WM_CM_S0"), xcb_window_t(0));
         QVERIFY2(holdUntil(cut), qPrintable(last.describe()));
 
         Helper compositor(desktop(), QStringLiteral("xcompmgr"), {});
         if (!compositor.started())
             QSKIP("xcompmgr is not installed");
-        QVERIFY(desktop().waitFor([&] { return selectionOwner(desktop(), "_NET_WM_CM_S0") != 0; },
+        QVERIFY(desktop().waitFor([&] { return desktop().selectionOwner("_NET_WM_CM_S0") != 0; },
                                   5000));
         QVERIFY2(holdUntil(seeThrough), qPrintable(last.describe()));
 
         compositor.stop();
-        QVERIFY(desktop().waitFor([&] { return selectionOwner(desktop(), "_NET_WM_CM_S0") == 0; },
+        QVERIFY(desktop().waitFor([&] { return desktop().selectionOwner("_NET_WM_CM_S0") == 0; },
                                   5000));
         QVERIFY2(holdUntil(cut), qPrintable(last.describe()));
-        QVERIFY2(velkor.stop(), qPrintable(velkor.log()));
-    }
-
-    // Each hold schedules the overlay; a switch that ends before the delay
-    // must not show it. The delay is far longer than any hold on a loaded
-    // machine, so a showing is a fault whatever the timing. That the release
-    // cancels the pending show is the overlay controller's unit test.
-    void quickSwitchNeverShowsTheOverlay()
-    {
-        QVERIFY(desktop().launchTerminal(QStringLiteral("Alpha")));
-        QVERIFY(desktop().launchTerminal(QStringLiteral("Beta")));
-        QVERIFY(desktop().waitForActive(QStringLiteral("Beta")));
-        VelkorInstance velkor(desktop());
-        velkor.preferences()->setOverlayDelay(3600);
-        QVERIFY2(velkor.start(), qPrintable(velkor.log()));
-
-        bool seen = false;
-        for (int round = 0; round < 3; ++round) {
-            desktop().holding(key::SuperR, [&] {
-                desktop().type(QStringLiteral("a"));
-                seen = seen || !shownWindowsNamed(desktop(), "Velkor overlay").isEmpty();
-            });
-            QVERIFY(desktop().waitForActive(QStringLiteral("Alpha")));
-            seen = seen || !shownWindowsNamed(desktop(), "Velkor overlay").isEmpty();
-            desktop().holding(key::SuperR, [&] { desktop().type(QStringLiteral("b")); });
-            QVERIFY(desktop().waitForActive(QStringLiteral("Beta")));
-        }
-        QVERIFY(!seen);
-        QVERIFY(shownWindowsNamed(desktop(), "Velkor overlay").isEmpty());
         QVERIFY2(velkor.stop(), qPrintable(velkor.log()));
     }
 
@@ -337,26 +266,20 @@ private slots:
         VelkorInstance velkor(desktop());
         velkor.preferences()->store().remove(QStringLiteral("firstStartNoticeShown"));
         QVERIFY2(velkor.start(), qPrintable(velkor.log()));
-        QVERIFY2(
-            desktop().waitFor(
-                [&] { return !shownWindowsNamed(desktop(), "Velkor Settings").isEmpty(); }, 5000),
-            qPrintable(velkor.log()));
+        QVERIFY2(desktop().waitForShown(QStringLiteral("Velkor Settings")),
+                 qPrintable(velkor.log()));
 
         if (!desktop().startTrayHost())
             QSKIP(qPrintable(desktop().error()));
-        xcb_connection_t* c = desktop().connection();
-        const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(c)).data->root;
         // The icon's window is reparented into the tray host's window.
         xcb_window_t icon = 0;
         QVERIFY2(desktop().waitFor(
                      [&] {
-                         for (const xcb_window_t w : allWindows(c, root)) {
-                             Reply<xcb_query_tree_reply_t> tree(
-                                 xcb_query_tree_reply(c, xcb_query_tree(c, w), nullptr), &free);
+                         for (const xcb_window_t w : desktop().allWindows()) {
                              const bool embedded =
-                                 tree && tree->parent != root &&
+                                 desktop().parentOf(w) != desktop().root() &&
                                  desktop().wmClass(w) == QLatin1String("Velkor") &&
-                                 isViewable(c, w);
+                                 desktop().isViewable(w);
                              if (embedded && desktop().frame(w).top() < 30) {
                                  icon = w;
                                  return true;
@@ -369,14 +292,14 @@ private slots:
 
         const QRect iconRect = desktop().frame(icon);
         QVERIFY(iconRect.width() > 0 && iconRect.width() <= 64);
-        const QList<xcb_window_t> existing = allWindows(c, root);
+        const QList<xcb_window_t> existing = desktop().allWindows();
         const QSet<xcb_window_t> before(existing.cbegin(), existing.cend());
         click(desktop(), iconRect.center(), 3);
         // The menu: a new shown window of ours, tall enough for its entries.
         QVERIFY2(desktop().waitFor(
                      [&] {
-                         for (const xcb_window_t w : allWindows(c, root))
-                             if (!before.contains(w) && isViewable(c, w) &&
+                         for (const xcb_window_t w : desktop().allWindows())
+                             if (!before.contains(w) && desktop().isViewable(w) &&
                                  desktop().frame(w).height() > 100)
                                  return true;
                          return false;
@@ -385,36 +308,59 @@ private slots:
                  qPrintable(velkor.log()));
         desktop().tap(key::Escape);
         QVERIFY2(velkor.stop(), qPrintable(velkor.log()));
+
+        // With the tray there, a first start's notice comes up instead, and
+        // the focus stays where the user types.
+        const xcb_window_t recorder = desktop().launchRecorder(QStringLiteral("Recorder"));
+        QVERIFY(recorder);
+        desktop().activate(recorder);
+        QVERIFY(desktop().waitForActive(recorder));
+        velkor.preferences()->store().remove(QStringLiteral("firstStartNoticeShown"));
+        QVERIFY2(velkor.start(), qPrintable(velkor.log()));
+        QVERIFY2(desktop().waitForShown(QStringLiteral("Velkor is running")),
+                 qPrintable(velkor.log()));
+        QCOMPARE(desktop().activeWindow(), recorder);
+        desktop().type(QStringLiteral("s"));
+        QVERIFY(desktop().waitFor(
+            [&] { return desktop().recorded(QStringLiteral("Recorder")) == QLatin1String("s"); }));
+        QVERIFY2(velkor.stop(), qPrintable(velkor.log()));
     }
 
     // In a Wayland session Velkor would run on Xwayland and see keys only
     // while one of its own windows has the focus: it says so, in the log and
-    // in its welcome window, and takes no key.
-    void aWaylandSessionIsToldItNeedsAnX11Session()
+    // in its welcome window, and takes no key. A bus that will not give
+    // Velkor its name stops nothing; with a bus that does, a second start
+    // shows the first one's settings window.
+    void waylandSessionsRefusingBusesAndSecondStarts()
     {
-        VelkorInstance velkor(desktop());
-        velkor.setEnvironment(QStringLiteral("XDG_SESSION_TYPE"), QStringLiteral("wayland"));
-        QVERIFY(velkor.launch());
-        QVERIFY2(velkor.waitForLog(QStringLiteral("[Velkor] this is a Wayland session")),
-                 qPrintable(velkor.log()));
-        QVERIFY2(
-            desktop().waitFor(
-                [&] { return !shownWindowsNamed(desktop(), "Welcome to Velkor").isEmpty(); }, 5000),
-            qPrintable(velkor.log()));
-        QVERIFY(velkor.isRunning());
-        QVERIFY2(!velkor.logSaysKeyGrabbed(), qPrintable(velkor.log()));
-        QVERIFY2(velkor.stop(), qPrintable(velkor.log()));
-    }
-
-    void secondStartShowsTheSettingsWindow()
-    {
+        {
+            VelkorInstance velkor(desktop(), desktop().scratchPath() + QLatin1String("/wayland"));
+            velkor.setEnvironment(QStringLiteral("XDG_SESSION_TYPE"), QStringLiteral("wayland"));
+            QVERIFY(velkor.launch());
+            QVERIFY2(velkor.waitForLog(QStringLiteral("[Velkor] this is a Wayland session")),
+                     qPrintable(velkor.log()));
+            QVERIFY2(desktop().waitForShown(QStringLiteral("Welcome to Velkor")),
+                     qPrintable(velkor.log()));
+            QVERIFY(velkor.isRunning());
+            QVERIFY2(!velkor.logSaysKeyGrabbed(), qPrintable(velkor.log()));
+            QVERIFY2(velkor.stop(), qPrintable(velkor.log()));
+        }
+        {
+            PrivateSessionBus refusing;
+            if (!refusing.start("session-bus-refusing-velkor.conf"))
+                QSKIP("dbus-daemon is not installed");
+            VelkorInstance velkor(desktop());
+            QVERIFY2(velkor.start(), qPrintable(velkor.log()));
+            QVERIFY2(velkor.log().contains(QStringLiteral("session bus refused the name")),
+                     qPrintable(velkor.log()));
+            QVERIFY2(velkor.stop(), qPrintable(velkor.log()));
+        }
         PrivateSessionBus bus;
-        if (!bus.start())
-            QSKIP("dbus-daemon is not installed");
+        QVERIFY(bus.start());
 
         VelkorInstance velkor(desktop());
         QVERIFY2(velkor.start(), qPrintable(velkor.log()));
-        QVERIFY(shownWindowsNamed(desktop(), "Velkor Settings").isEmpty());
+        QVERIFY(desktop().shownWindowsNamed(QStringLiteral("Velkor Settings")).isEmpty());
 
         // The same X display, spelt another way.
         QProcessEnvironment environment = velkor.environment();
@@ -430,24 +376,9 @@ private slots:
         QCOMPARE(second.exitCode(), 0);
         QVERIFY(!second.readAll().contains("[Velkor] activation key"));
 
-        QVERIFY2(
-            desktop().waitFor(
-                [&] { return !shownWindowsNamed(desktop(), "Velkor Settings").isEmpty(); }, 5000),
-            qPrintable(velkor.log()));
-        QVERIFY(velkor.isRunning());
-        QVERIFY2(velkor.stop(), qPrintable(velkor.log()));
-    }
-
-    void aBusThatWillNotTellDoesNotStopVelkor()
-    {
-        PrivateSessionBus bus;
-        if (!bus.start("session-bus-refusing-velkor.conf"))
-            QSKIP("dbus-daemon is not installed");
-        VelkorInstance velkor(desktop());
-        QVERIFY2(velkor.start(), qPrintable(velkor.log()));
-        QVERIFY(velkor.isRunning());
-        QVERIFY2(velkor.log().contains(QStringLiteral("session bus refused the name")),
+        QVERIFY2(desktop().waitForShown(QStringLiteral("Velkor Settings")),
                  qPrintable(velkor.log()));
+        QVERIFY(velkor.isRunning());
         QVERIFY2(velkor.stop(), qPrintable(velkor.log()));
     }
 };

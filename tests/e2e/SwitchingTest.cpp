@@ -47,6 +47,16 @@ private slots:
         velkor.writeDesktopEntry(QStringLiteral("org.example.Grapefruit"),
                                  QStringLiteral("Grapefruit"), QStringLiteral("xterm"),
                                  QStringLiteral("Gx"));
+        velkor.writeDesktopEntry(QStringLiteral("org.example.Zebra"), QStringLiteral("Zebra Notes"),
+                                 QStringLiteral("xterm -class Zebra -title Zebra"),
+                                 QStringLiteral("Zebra"));
+        // An entry that asks not to be shown is never offered.
+        velkor.writeDesktopEntry(QStringLiteral("org.example.Zeal"), QStringLiteral("Zeal"),
+                                 QStringLiteral("xterm -class Zeal"));
+        QFile hidden(velkor.dataHome() + QLatin1String("/applications/org.example.Zeal.desktop"));
+        QVERIFY(hidden.open(QIODevice::Append));
+        hidden.write("NoDisplay=true\n");
+        hidden.close();
         QVERIFY2(velkor.start(), qPrintable(velkor.log()));
         desktop().activate(beta);
         QVERIFY(desktop().waitForActive(QStringLiteral("Beta")));
@@ -61,6 +71,15 @@ private slots:
         desktop().underActivationKey(QStringLiteral("x"));
         QVERIFY(desktop().waitForActive(QStringLiteral("XLogo")));
         QCOMPARE(desktop().stackingFrontFirst().first(), logo);
+
+        // A search launches an installed app that is not running; once it
+        // runs, its letter switches to it like any other app.
+        desktop().underActivationKey(QStringLiteral("ze"));
+        QVERIFY2(desktop().waitForActive(QStringLiteral("Zebra"), 8000), qPrintable(velkor.log()));
+        desktop().activate(beta);
+        QVERIFY(desktop().waitForActive(QStringLiteral("Beta")));
+        desktop().underActivationKey(QStringLiteral("z"));
+        QVERIFY(desktop().waitForActive(QStringLiteral("Zebra")));
     }
 
     void sameLetterCyclesAndTheLearntOrderOutlivesTheProgram()
@@ -91,57 +110,31 @@ private slots:
         QVERIFY2(desktop().waitForActive(QStringLiteral("Melon")), qPrintable(again.log()));
     }
 
-    void switchOnReleaseWaitsForTheReleaseAndWraps()
+    void switchOnReleaseWaitsAndWrapsAndAnExcludedAppIsNeverChosen()
     {
         launchFruit();
-        VelkorInstance velkor(desktop());
-        velkor.preferences()->setSwitchOnRelease(true);
-        QVERIFY2(velkor.start(), qPrintable(velkor.log()));
-        bringOtherToFront();
+        {
+            VelkorInstance velkor(desktop());
+            velkor.preferences()->setSwitchOnRelease(true);
+            QVERIFY2(velkor.start(), qPrintable(velkor.log()));
+            bringOtherToFront();
 
-        // Four presses over three apps: past the end, back to the first.
-        desktop().press(key::SuperR);
-        desktop().type(QStringLiteral("mmmm"));
-        XDesktop::settle(300);
-        QCOMPARE(desktop().activeClass(), QStringLiteral("Other"));
-        desktop().release(key::SuperR);
-        QVERIFY(desktop().waitForActive(QStringLiteral("Mango")));
+            // Four presses over three apps: past the end, back to the first.
+            desktop().press(key::SuperR);
+            desktop().type(QStringLiteral("mmmm"));
+            XDesktop::settle(300);
+            QCOMPARE(desktop().activeClass(), QStringLiteral("Other"));
+            desktop().release(key::SuperR);
+            QVERIFY(desktop().waitForActive(QStringLiteral("Mango")));
 
-        bringOtherToFront();
-        desktop().underActivationKey(QStringLiteral("mm"));
-        QVERIFY(desktop().waitForActive(QStringLiteral("Melon")));
-    }
+            bringOtherToFront();
+            desktop().underActivationKey(QStringLiteral("mm"));
+            QVERIFY(desktop().waitForActive(QStringLiteral("Melon")));
+            QVERIFY2(velkor.stop(), qPrintable(velkor.log()));
+        }
 
-    void searchLaunchesAnAppThatIsNotRunning()
-    {
-        launchFruit();
-        VelkorInstance velkor(desktop());
-        velkor.writeDesktopEntry(QStringLiteral("org.example.Zebra"), QStringLiteral("Zebra Notes"),
-                                 QStringLiteral("xterm -class Zebra -title Zebra"),
-                                 QStringLiteral("Zebra"));
-        // An entry that asks not to be shown is never offered.
-        velkor.writeDesktopEntry(QStringLiteral("org.example.Zeal"), QStringLiteral("Zeal"),
-                                 QStringLiteral("xterm -class Zeal"));
-        QFile hidden(velkor.dataHome() + QLatin1String("/applications/org.example.Zeal.desktop"));
-        QVERIFY(hidden.open(QIODevice::Append));
-        hidden.write("NoDisplay=true\n");
-        hidden.close();
-        QVERIFY2(velkor.start(), qPrintable(velkor.log()));
-        bringOtherToFront();
-        XDesktop::settle(300); // the installed-app scan runs in the background
-
-        desktop().underActivationKey(QStringLiteral("ze"));
-        QVERIFY2(desktop().waitForActive(QStringLiteral("Zebra"), 8000), qPrintable(velkor.log()));
-        // Once it runs, its letter switches to it like any other app.
-        bringOtherToFront();
-        desktop().underActivationKey(QStringLiteral("z"));
-        QVERIFY(desktop().waitForActive(QStringLiteral("Zebra")));
-    }
-
-    void excludedAppIsNeverChosen()
-    {
-        launchFruit();
-        VelkorInstance velkor(desktop());
+        // Settings of its own: switching at once, no order learnt.
+        VelkorInstance velkor(desktop(), desktop().scratchPath() + QLatin1String("/excluding"));
         velkor.preferences()->setExcludedBundleIds({QStringLiteral("Mango")});
         QVERIFY2(velkor.start(), qPrintable(velkor.log()));
         bringOtherToFront();

@@ -30,10 +30,7 @@ public:
 
     // Moves time forward, running every task that falls due on the way.
     void advance(double seconds);
-    void setNow(double now) { m_now = now; }
     int pendingCount() const { return int(m_tasks.size()); }
-    // When the pending task with this id is due, if it is pending.
-    std::optional<double> dueAt(TaskId id) const;
 
 private:
     struct Task
@@ -72,8 +69,6 @@ public:
     std::optional<Pid> frontmost;
     std::optional<QString> ownId = QStringLiteral("org.velkor.Velkor");
     QSet<Pid> hidden;
-    // activate() makes the app frontmost, as a real workspace would.
-    bool activationMovesFront = true;
 
 private:
     CallLog& m_log;
@@ -86,7 +81,6 @@ struct FakeWindow
     std::optional<QString> title;
     std::optional<bool> minimized = false;
     std::optional<QRectF> frame;
-    bool hasCloseButton = true;
 };
 
 class FakeWindowElement final : public WindowElement
@@ -140,7 +134,6 @@ public:
     std::optional<SpaceLayout> layout;
     bool canSetCurrent = true;
     bool canMoveWindows = true;
-    bool canPostKeys = true;
     QList<ServerWindow> onScreenWindows;
     QList<ServerWindow> allWindows;
 

@@ -64,7 +64,9 @@ private slots:
         qputenv("XDG_CONFIG_HOME", m_configHome.path().toUtf8());
     }
 
-    void userStoreIsTheNativeFileUnderTheConfigFolder()
+    // The native file under the config folder, not written until a
+    // setting is set.
+    void userStoreIsTheNativeFileUnderTheConfigFolderWrittenOnceSet()
     {
         const QString expected = m_configHome.filePath(QStringLiteral("Velkor/Velkor.conf"));
         Preferences::setApplicationIdentity();
@@ -79,21 +81,11 @@ private slots:
             }
             QCOMPARE(file, expected);
             QCOMPARE(prefs.store().format(), QSettings::NativeFormat);
-            prefs.setSpaceMode(SpaceMode::gatherWindows);
-        }
-        QVERIFY(readFile(expected).contains("spaceMode=gatherWindows"));
-    }
-
-    void aFreshStoreWritesNothingUntilASettingIsSet()
-    {
-        QTemporaryDir dir;
-        const QString path = dir.filePath(QStringLiteral("Velkor.conf"));
-        {
-            Preferences prefs(iniAt(path));
-            QCOMPARE(prefs.modifierKey(), ModifierKey::rightCommand);
             QVERIFY(prefs.excludedBundleIds().isEmpty() && prefs.letterUsage().isEmpty());
         }
-        QVERIFY(!QFile::exists(path));
+        QVERIFY(!QFile::exists(expected));
+        Preferences(Preferences::openUserStore()).setSpaceMode(SpaceMode::gatherWindows);
+        QVERIFY(readFile(expected).contains("spaceMode=gatherWindows"));
     }
 
     // Through the INI text and through QSettings' native format (the user

@@ -23,7 +23,7 @@ QStringList describe(const QList<WindowEntry>& entries)
 FakeWindow window(const QString& key, std::optional<QString> title = std::nullopt,
                   std::optional<bool> minimized = false, std::optional<QRectF> frame = {})
 {
-    return FakeWindow{key, std::move(title), minimized, frame, true};
+    return FakeWindow{key, std::move(title), minimized, frame};
 }
 
 struct Fixture

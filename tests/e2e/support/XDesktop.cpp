@@ -132,13 +132,18 @@ bool XDesktop::start(bool withWindowManager)
     return !withWindowManager || startWindowManager();
 }
 
-bool XDesktop::startWindowManager()
+void XDesktop::launchOpenbox(const QStringList& arguments)
 {
     m_windowManager = std::make_unique<QProcess>();
     dieWithParent(*m_windowManager);
     m_windowManager->setProcessEnvironment(environment());
     m_windowManager->setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    m_windowManager->start(QStringLiteral("openbox"), {});
+    m_windowManager->start(QStringLiteral("openbox"), arguments);
+}
+
+bool XDesktop::startWindowManager()
+{
+    launchOpenbox({});
     const bool up = waitFor([&] { return windowManagerIsUp(); }, 10000);
     if (!up)
         m_error = QStringLiteral("openbox did not come up");
@@ -158,14 +163,8 @@ bool XDesktop::startTrayHost()
         m_trayHost.reset();
         return false;
     }
-    const xcb_atom_t selection = atom("_NET_SYSTEM_TRAY_S0");
-    const bool up = waitFor(
-        [&] {
-            const auto owner = reply(xcb_get_selection_owner_reply(
-                m_connection, xcb_get_selection_owner(m_connection, selection), nullptr));
-            return owner && owner->owner != XCB_NONE;
-        },
-        5000);
+    const bool up =
+        waitFor([&] { return selectionOwner("_NET_SYSTEM_TRAY_S0") != XCB_NONE; }, 5000);
     if (!up) {
         m_error = QStringLiteral("trayer did not take the tray selection");
         return false;
@@ -212,11 +211,7 @@ bool XDesktop::replaceWindowManager()
 {
     const auto before = cardinals(m_root, "_NET_SUPPORTING_WM_CHECK", XCB_ATOM_WINDOW);
     std::unique_ptr<QProcess> previous = std::move(m_windowManager);
-    m_windowManager = std::make_unique<QProcess>();
-    dieWithParent(*m_windowManager);
-    m_windowManager->setProcessEnvironment(environment());
-    m_windowManager->setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    m_windowManager->start(QStringLiteral("openbox"), {QStringLiteral("--replace")});
+    launchOpenbox({QStringLiteral("--replace")});
     const bool up = waitFor(
         [&] {
             return windowManagerIsUp() &&
@@ -309,20 +304,21 @@ void XDesktop::sync() const
     std::free(xcb_get_input_focus_reply(m_connection, xcb_get_input_focus(m_connection), nullptr));
 }
 
-void XDesktop::press(int keycode)
+void XDesktop::fakeKey(uint8_t type, int keycode)
 {
-    xcb_test_fake_input(m_connection, XCB_KEY_PRESS, uint8_t(keycode), XCB_CURRENT_TIME, m_root, 0,
-                        0, 0);
+    xcb_test_fake_input(m_connection, type, uint8_t(keycode), XCB_CURRENT_TIME, m_root, 0, 0, 0);
     sync();
     settle(15);
 }
 
+void XDesktop::press(int keycode)
+{
+    fakeKey(XCB_KEY_PRESS, keycode);
+}
+
 void XDesktop::release(int keycode)
 {
-    xcb_test_fake_input(m_connection, XCB_KEY_RELEASE, uint8_t(keycode), XCB_CURRENT_TIME, m_root,
-                        0, 0, 0);
-    sync();
-    settle(15);
+    fakeKey(XCB_KEY_RELEASE, keycode);
 }
 
 void XDesktop::tap(int keycode)
@@ -357,20 +353,70 @@ xcb_atom_t XDesktop::atom(const char* name) const
     return r ? r->atom : xcb_atom_t(XCB_ATOM_NONE);
 }
 
-QList<quint32> XDesktop::cardinals(xcb_window_t window, const char* property, xcb_atom_t type) const
+QByteArray XDesktop::property(xcb_window_t window, xcb_atom_t property, xcb_atom_t type) const
 {
-    QList<quint32> out;
-    if (!m_connection || !window)
-        return out;
-    auto cookie = xcb_get_property(m_connection, 0, window, atom(property), type, 0, 4096);
+    if (!window)
+        return {};
+    auto cookie = xcb_get_property(m_connection, 0, window, property, type, 0, 4096);
     xcb_generic_error_t* error = nullptr;
     auto r = reply(xcb_get_property_reply(m_connection, cookie, &error));
     std::free(error);
-    if (!r || r->format != 32)
+    if (!r)
+        return {};
+    return QByteArray(static_cast<const char*>(xcb_get_property_value(r.get())),
+                      xcb_get_property_value_length(r.get()));
+}
+
+xcb_window_t XDesktop::selectionOwner(const char* selection) const
+{
+    auto r = reply(xcb_get_selection_owner_reply(
+        m_connection, xcb_get_selection_owner(m_connection, atom(selection)), nullptr));
+    return r ? r->owner : xcb_window_t(XCB_NONE);
+}
+
+QList<xcb_window_t> XDesktop::allWindows(xcb_window_t below) const
+{
+    QList<xcb_window_t> out;
+    auto tree = reply(xcb_query_tree_reply(
+        m_connection, xcb_query_tree(m_connection, below ? below : m_root), nullptr));
+    if (!tree)
         return out;
-    const auto* data = static_cast<const quint32*>(xcb_get_property_value(r.get()));
-    for (int i = 0; i < xcb_get_property_value_length(r.get()) / 4; ++i)
-        out.append(data[i]);
+    const xcb_window_t* children = xcb_query_tree_children(tree.get());
+    for (int i = 0; i < xcb_query_tree_children_length(tree.get()); ++i)
+        out << children[i] << allWindows(children[i]);
+    return out;
+}
+
+xcb_window_t XDesktop::parentOf(xcb_window_t window) const
+{
+    auto tree =
+        reply(xcb_query_tree_reply(m_connection, xcb_query_tree(m_connection, window), nullptr));
+    return tree ? tree->parent : xcb_window_t(XCB_NONE);
+}
+
+bool XDesktop::isViewable(xcb_window_t window) const
+{
+    auto a = reply(xcb_get_window_attributes_reply(
+        m_connection, xcb_get_window_attributes(m_connection, window), nullptr));
+    return a && a->map_state == XCB_MAP_STATE_VIEWABLE;
+}
+
+QList<xcb_window_t> XDesktop::shownWindowsNamed(const QString& title) const
+{
+    QList<xcb_window_t> found;
+    for (const xcb_window_t window : allWindows())
+        if (QString::fromUtf8(property(window, XCB_ATOM_WM_NAME)) == title && isViewable(window))
+            found.append(window);
+    return found;
+}
+
+QList<quint32> XDesktop::cardinals(xcb_window_t window, const char* property, xcb_atom_t type) const
+{
+    if (!window)
+        return {};
+    const QByteArray raw = this->property(window, atom(property), type);
+    QList<quint32> out(raw.size() / 4);
+    std::memcpy(out.data(), raw.constData(), size_t(out.size()) * 4);
     return out;
 }
 
@@ -422,18 +468,8 @@ xcb_window_t XDesktop::activeWindow() const
 
 QString XDesktop::wmClass(xcb_window_t window) const
 {
-    if (!window)
-        return QString();
-    auto cookie =
-        xcb_get_property(m_connection, 0, window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, 0, 256);
-    xcb_generic_error_t* error = nullptr;
-    auto r = reply(xcb_get_property_reply(m_connection, cookie, &error));
-    std::free(error);
-    if (!r || r->format != 8)
-        return QString();
-    const QByteArray raw(static_cast<const char*>(xcb_get_property_value(r.get())),
-                         xcb_get_property_value_length(r.get()));
-    return QString::fromLatin1(raw.split('\0').value(1));
+    return QString::fromLatin1(
+        property(window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING).split('\0').value(1));
 }
 
 std::optional<quint32> XDesktop::currentDesktop() const
@@ -525,6 +561,21 @@ void XDesktop::underActivationKey(const QString& text)
 bool XDesktop::waitForActive(const QString& wmClass, int timeoutMs) const
 {
     return waitFor([&] { return activeClass() == wmClass; }, timeoutMs);
+}
+
+bool XDesktop::waitForActive(xcb_window_t window, int timeoutMs) const
+{
+    return waitFor([&] { return activeWindow() == window; }, timeoutMs);
+}
+
+bool XDesktop::waitForDesktop(quint32 desktop) const
+{
+    return waitFor([&] { return currentDesktop() == desktop; });
+}
+
+bool XDesktop::waitForShown(const QString& title, int timeoutMs) const
+{
+    return waitFor([&] { return !shownWindowsNamed(title).isEmpty(); }, timeoutMs);
 }
 
 bool XDesktop::waitFor(const std::function<bool()>& condition, int timeoutMs) const

@@ -124,8 +124,12 @@ public:
 
     // Holds the activation key (Right Super) and types text under it.
     void underActivationKey(const QString& text);
-    // Waits until a window of this WM_CLASS class is the active one.
+    // Waits until a window of this WM_CLASS class, or this very window, is
+    // the active one.
     bool waitForActive(const QString& wmClass, int timeoutMs = 3000) const;
+    bool waitForActive(xcb_window_t window, int timeoutMs = 3000) const;
+    // Waits until this desktop is the current one.
+    bool waitForDesktop(quint32 desktop) const;
     // Polls until condition holds; false after timeoutMs.
     bool waitFor(const std::function<bool()>& condition, int timeoutMs = 3000) const;
     // Lets the event loops of every client run for a while.
@@ -136,11 +140,28 @@ public:
     QRgb pixel(QPoint where) const;
     bool screenshot(const QString& path) const;
 
+    // Raw reads, for what the calls above do not cover.
     xcb_connection_t* connection() const { return m_connection; }
+    xcb_window_t root() const { return m_root; }
+    xcb_atom_t atom(const char* name) const;
+    // A property's bytes as any client wrote them; empty when unset.
+    QByteArray property(xcb_window_t window, xcb_atom_t property,
+                        xcb_atom_t type = XCB_GET_PROPERTY_TYPE_ANY) const;
+    xcb_window_t selectionOwner(const char* selection) const;
+    // Every window below the root, depth first: frames and unmanaged
+    // (override-redirect) windows alike.
+    QList<xcb_window_t> allWindows(xcb_window_t below = 0) const;
+    xcb_window_t parentOf(xcb_window_t window) const;
+    bool isViewable(xcb_window_t window) const;
+    // The shown windows, managed or not, whose WM_NAME is title.
+    QList<xcb_window_t> shownWindowsNamed(const QString& title) const;
+    // Waits until a window with this title shows.
+    bool waitForShown(const QString& title, int timeoutMs = 5000) const;
 
 private:
-    xcb_atom_t atom(const char* name) const;
+    void launchOpenbox(const QStringList& arguments);
     bool windowManagerIsUp() const;
+    void fakeKey(uint8_t type, int keycode);
     QList<quint32> cardinals(xcb_window_t window, const char* property, xcb_atom_t type) const;
     void sendRootMessage(xcb_window_t window, const char* type, QList<quint32> data);
     void sync() const;

@@ -260,17 +260,6 @@ private slots:
         write(base() + QLatin1String("/later/applications/new.desktop"), "Name=New\n");
         QTRY_VERIFY_WITH_TIMEOUT(changes >= 2, 10000);
     }
-
-    void aNewReadingOfTheFoldersReplacesEveryAnswer()
-    {
-        XdgDesktopEntryIndex entries;
-        QCOMPARE(entries.match({}, QStringLiteral("Kiwi"), QStringLiteral("kiwi")), std::nullopt);
-        const DesktopEntry later{QStringLiteral("later"), QStringLiteral("Later"),
-                                 home() + QLatin1String("/later.desktop")};
-        entries.setWindowClasses({{QStringLiteral("Kiwi"), later}});
-        QCOMPARE(entries.match({}, QStringLiteral("Kiwi"), QStringLiteral("kiwi")),
-                 std::optional<DesktopEntry>(later));
-    }
 };
 
 QTEST_GUILESS_MAIN(XdgDesktopEntryIndexTest)
