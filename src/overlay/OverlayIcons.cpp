@@ -14,7 +14,8 @@ namespace {
 
 constexpr int TilePixels = 20;
 constexpr double TileRadius = 10;
-// More than a desk has apps; past it the oldest pictures are simply dropped.
+// More than a desk has apps; past it everything kept is dropped and looked
+// up again as it is needed.
 constexpr qsizetype MaxKept = 256;
 
 template <typename Hash> void makeRoom(Hash& hash)
@@ -90,14 +91,19 @@ void OverlayIcons::showingEnded()
     m_windows.clear();
 }
 
+void OverlayIcons::forgetAll()
+{
+    m_entries.clear();
+    m_windows.clear();
+    m_tiles.clear();
+}
+
 void OverlayIcons::followScale(int size, qreal dpr)
 {
     // A screen of another scale, or another size: nothing kept fits.
     if (size == m_size && dpr == m_dpr)
         return;
-    m_entries.clear();
-    m_windows.clear();
-    m_tiles.clear();
+    forgetAll();
     m_size = size;
     m_dpr = dpr;
 }

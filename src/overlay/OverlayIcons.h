@@ -31,6 +31,7 @@ public:
                  qreal dpr);
     QPixmap tile(const QString& text, const QColor& accent, int size, qreal dpr);
     void showingEnded();
+    void forgetAll();
 
 private:
     struct EntryIcon

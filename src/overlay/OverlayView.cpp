@@ -182,6 +182,10 @@ void OverlayView::measure()
 void OverlayView::changeEvent(QEvent* event)
 {
     QWidget::changeEvent(event);
+    // Another icon theme or font: the kept icons and tiles show the old one.
+    if (event->type() == QEvent::ThemeChange || event->type() == QEvent::FontChange ||
+        event->type() == QEvent::ApplicationFontChange)
+        m_icons.forgetAll();
     // The system font changed under the texts.
     if (event->type() == QEvent::FontChange || event->type() == QEvent::ApplicationFontChange) {
         m_faces = makeFaces();

@@ -307,6 +307,12 @@ void OverlayViewTest::iconsAreLookedUpOncePerShowing()
     file.close();
     f.render(Qt::black);
     QCOMPARE(f.shell.lookups, 4);
+
+    // Another icon theme: everything is looked up again.
+    QEvent themeChange(QEvent::ThemeChange);
+    QCoreApplication::sendEvent(&f.view, &themeChange);
+    f.render(Qt::black);
+    QCOMPARE(f.shell.lookups, 6);
 }
 
 void OverlayViewTest::sizeFollowsTheContent()
