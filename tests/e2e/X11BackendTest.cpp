@@ -158,8 +158,11 @@ private slots:
         QTRY_COMPARE(m_workspace->frontmostPid(), std::optional<Pid>(Pid(desktop().pidOf(a))));
         const auto activations = activated.size();
         QVERIFY(activations >= 1);
+        // The window manager may still be settling b's own start: count that
+        // at least one more activation is told, and that b is in front.
         desktop().activate(b);
-        QTRY_COMPARE(activated.size(), activations + 1);
+        QTRY_VERIFY(activated.size() > activations);
+        QTRY_COMPARE(m_workspace->frontmostPid(), std::optional<Pid>(Pid(desktop().pidOf(b))));
 
         QCOMPARE(terminated.size(), 0);
         desktop().kill(b);
