@@ -38,8 +38,13 @@ QPixmap OverlayIcons::icon(const std::optional<QString>& entryPath, std::optiona
 {
     followScale(size, dpr);
     if (entryPath) {
-        const QDateTime modified = modifiedTime(*entryPath);
         auto entry = m_entries.find(*entryPath);
+        // Each file is looked at once a showing, not on every paint of it.
+        const bool firstThisShowing = !m_checked.contains(*entryPath);
+        const QDateTime modified = firstThisShowing
+                                       ? modifiedTime(*entryPath)
+                                       : (entry == m_entries.end() ? QDateTime() : entry->modified);
+        m_checked.insert(*entryPath);
         if (entry == m_entries.end() || entry->modified != modified) {
             makeRoom(m_entries);
             entry = m_entries.insert(
@@ -89,6 +94,7 @@ QPixmap OverlayIcons::tile(const QString& text, const QColor& accent, int size, 
 void OverlayIcons::showingEnded()
 {
     m_windows.clear();
+    m_checked.clear();
 }
 
 void OverlayIcons::forgetAll()
@@ -96,6 +102,7 @@ void OverlayIcons::forgetAll()
     m_entries.clear();
     m_windows.clear();
     m_tiles.clear();
+    m_checked.clear();
 }
 
 void OverlayIcons::followScale(int size, qreal dpr)

@@ -7,6 +7,7 @@
 #include <QDateTime>
 #include <QHash>
 #include <QPixmap>
+#include <QSet>
 #include <QString>
 #include <optional>
 
@@ -46,6 +47,7 @@ private:
     QHash<QString, EntryIcon> m_entries;
     QHash<Pid, QPixmap> m_windows;
     QHash<QString, QPixmap> m_tiles;
+    QSet<QString> m_checked; // entry files looked at in this showing
     int m_size = 0;
     qreal m_dpr = 0;
 };
