@@ -272,6 +272,14 @@ private slots:
         }));
         QVERIFY(!desktop().clients().contains(id));
         QVERIFY(!shell.canBlurBehind()); // openbox composites nothing
+        // Shown, it still tells Qt of exposure and of its size, but not of
+        // the properties Qt itself writes on it at each showing.
+        auto mask =
+            reply(xcb_get_window_attributes_reply(c, xcb_get_window_attributes(c, id), nullptr));
+        QVERIFY(mask);
+        QVERIFY(mask->your_event_mask & XCB_EVENT_MASK_EXPOSURE);
+        QVERIFY(mask->your_event_mask & XCB_EVENT_MASK_STRUCTURE_NOTIFY);
+        QVERIFY(!(mask->your_event_mask & XCB_EVENT_MASK_PROPERTY_CHANGE));
 
         const QString icon = desktop().scratchPath() + QLatin1String("/icon.png");
         QImage image(16, 16, QImage::Format_ARGB32);

@@ -12,7 +12,6 @@
 #include <QFileInfo>
 #include <QSystemTrayIcon>
 #include <QWindow>
-
 #include <array>
 
 namespace velkor::x11 {
@@ -50,12 +49,23 @@ void X11ShellIntegration::prepareOverlayWindow(QWindow* window)
     // Qt finds a window's frame in _NET_FRAME_EXTENTS or else by walking the
     // window tree, several round trips after every move, resize and showing.
     // No window manager frames the overlay: its extents are zero.
-    if (m_connection) {
-        const std::array<quint32, 4> noFrame{};
-        xcb_change_property(m_connection->get(), XCB_PROP_MODE_REPLACE,
-                            xcb_window_t(window->winId()),
-                            m_connection->atom(Atom::NetFrameExtents), XCB_ATOM_CARDINAL, 32,
-                            noFrame.size(), noFrame.data());
+    if (!m_connection)
+        return;
+    xcb_connection_t* c = m_connection->get();
+    const auto id = xcb_window_t(window->winId());
+    const std::array<quint32, 4> noFrame{};
+    xcb_change_property(c, XCB_PROP_MODE_REPLACE, id, m_connection->atom(Atom::NetFrameExtents),
+                        XCB_ATOM_CARDINAL, 32, noFrame.size(), noFrame.data());
+    // Qt hears of every property written on its windows, and the overlay's
+    // own are written at each showing and resize (size hints, state, user
+    // time): each comes back as an event, and the state as a read too. No
+    // window manager reads them on an override-redirect window, and nothing
+    // else writes them.
+    auto attributes =
+        reply(xcb_get_window_attributes_reply(c, xcb_get_window_attributes(c, id), nullptr));
+    if (attributes && (attributes->your_event_mask & XCB_EVENT_MASK_PROPERTY_CHANGE)) {
+        const quint32 mask = attributes->your_event_mask & ~quint32(XCB_EVENT_MASK_PROPERTY_CHANGE);
+        xcb_change_window_attributes(c, id, XCB_CW_EVENT_MASK, &mask);
     }
 }
 
