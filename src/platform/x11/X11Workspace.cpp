@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "platform/x11/X11Workspace.h"
 
-#include "platform/x11/Gio.h"
 #include "platform/x11/X11WindowCache.h"
 #include "platform/x11/X11WindowRequests.h"
 
@@ -212,20 +211,9 @@ void X11Workspace::openApplication(const QString& bundlePath)
         qCWarning(lcX11Workspace) << "no desktop entry at" << bundlePath;
         return;
     }
-    std::unique_ptr<GDesktopAppInfo, decltype(&g_object_unref)> info(
-        g_desktop_app_info_new_from_filename(path.constData()), &g_object_unref);
-    if (!info) {
-        qCWarning(lcX11Workspace) << "no desktop entry at" << bundlePath;
-        return;
-    }
-    std::unique_ptr<GAppLaunchContext, decltype(&g_object_unref)> context(
-        g_app_launch_context_new(), &g_object_unref);
-    GError* error = nullptr;
-    if (!g_app_info_launch(G_APP_INFO(info.get()), nullptr, context.get(), &error)) {
-        qCWarning(lcX11Workspace) << "launching" << bundlePath
-                                  << "failed:" << (error ? error->message : "unknown error");
-        g_clear_error(&error);
-    }
+    const QString error = m_launcher.launch(path);
+    if (!error.isEmpty())
+        qCWarning(lcX11Workspace) << "launching" << bundlePath << "failed:" << error;
 }
 
 void X11Workspace::onClientsChanged()

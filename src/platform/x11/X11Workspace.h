@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/Workspace.h"
+#include "platform/x11/GioLauncher.h"
 #include "platform/x11/XdgDesktopEntryIndex.h"
 
 #include <QHash>
@@ -47,6 +48,7 @@ private:
     std::shared_ptr<X11WindowCache> m_owner;
     X11WindowCache& m_cache;
     std::shared_ptr<XdgDesktopEntryIndex> m_entries;
+    GioLauncher m_launcher;
     Pid m_ownPid;
     QList<RunningApp> m_lastApps;
     // What runningApplications() last made, and of which clients and entries.
