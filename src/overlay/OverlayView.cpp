@@ -76,6 +76,31 @@ QRegion capsuleRegion(const QRectF& rect)
     return region;
 }
 
+// Where the pill and the dots sit in a panel wider than they need: on the
+// side the panel is pinned to the screen by, so that they stay where a panel
+// of their own width would have put them.
+enum class Anchor
+{
+    left,
+    centre,
+    right
+};
+
+Anchor anchorOf(OverlayPosition position)
+{
+    switch (position) {
+    case OverlayPosition::topLeft:
+    case OverlayPosition::bottomLeft:
+        return Anchor::left;
+    case OverlayPosition::topRight:
+    case OverlayPosition::bottomRight:
+        return Anchor::right;
+    case OverlayPosition::center:
+        break;
+    }
+    return Anchor::centre;
+}
+
 } // namespace
 
 OverlayView::OverlayView(OverlayModel& model, Preferences& prefs, ShellIntegration& shell,
@@ -228,10 +253,25 @@ OverlayView::Geometry OverlayView::geometryFor(const QSize& size) const
     const double available = std::max<double>(0, size.width() - 2 * Padding);
     const double pillWidth = std::min(natural.width(), std::max<double>(available, 0));
     const double dotsHeight = m_content.dotCount > 0 ? StackSpacing + DotSize : 0;
-    // The pill and dots sit centred as one block, as the size hint laid them out.
+    const int n = m_content.dotCount;
+    const double dotsWidth = n > 0 ? n * DotSize + (n - 1) * DotSpacing : 0;
+    // The pill and dots are one block, each centred in it, as the size hint
+    // laid them out; the block keeps to the panel's anchored side.
+    const double blockWidth = std::max(pillWidth, dotsWidth);
+    double blockLeft = (size.width() - blockWidth) / 2;
+    switch (anchorOf(m_prefs.overlayPosition())) {
+    case Anchor::left:
+        blockLeft = std::min<double>(Padding, blockLeft);
+        break;
+    case Anchor::right:
+        blockLeft = std::max<double>(size.width() - Padding - blockWidth, blockLeft);
+        break;
+    case Anchor::centre:
+        break;
+    }
     const double blockTop = (size.height() - natural.height() - dotsHeight) / 2;
-    g.pill = QRectF((size.width() - pillWidth) / 2, std::max<double>(blockTop, 0), pillWidth,
-                    natural.height());
+    g.pill = QRectF(blockLeft + (blockWidth - pillWidth) / 2, std::max<double>(blockTop, 0),
+                    pillWidth, natural.height());
 
     // Content centred within a pill wider than it (the minimum width).
     const QSizeF chip = m_measures.chip;
@@ -262,9 +302,7 @@ OverlayView::Geometry OverlayView::geometryFor(const QSize& size) const
         g.chip = QRectF(x + PillSpacing + ChipLeading, midY - chip.height() / 2, chip.width(),
                         chip.height());
 
-    const int n = m_content.dotCount;
-    const double dotsWidth = n * DotSize + (n - 1) * DotSpacing;
-    double dotX = (size.width() - dotsWidth) / 2;
+    double dotX = blockLeft + (blockWidth - dotsWidth) / 2;
     const double dotY = g.pill.bottom() + StackSpacing;
     for (int i = 0; i < n; ++i) {
         g.dots.append(QRectF(dotX, dotY, DotSize, DotSize));

@@ -21,6 +21,11 @@ namespace {
 // Long enough that a burst of sessions pays for it once, after the last.
 constexpr int ReleaseHeapAfterHiddenMs = 2000;
 
+// The panel's width goes in steps of this many pixels, so that most typed
+// letters leave the window as it is: each resize costs a round of requests
+// and events with the display server and a new paint buffer.
+constexpr int WidthStep = 48;
+
 } // namespace
 
 OverlayWindow::OverlayWindow(OverlayModel& model, Preferences& prefs, ShellIntegration& shell,
@@ -71,7 +76,10 @@ bool OverlayWindow::isVisible() const
 std::optional<QSizeF> OverlayWindow::fittingSize()
 {
     ensurePolished();
-    return QSizeF(m_view->sizeHint());
+    // The view keeps its pill to the side the panel is pinned by.
+    const QSize natural = m_view->sizeHint();
+    const int width = (natural.width() + WidthStep - 1) / WidthStep * WidthStep;
+    return QSizeF(width, natural.height());
 }
 
 std::optional<QRectF> OverlayWindow::mainScreenArea() const

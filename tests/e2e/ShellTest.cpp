@@ -39,8 +39,8 @@ struct AroundThePill
 {
     int behind = -1;  // grey level beside the overlay window: the window behind
     int margin = -1;  // the window's clear margin, out of the shadow's reach
-    int outside = -1; // just outside the pill's left end
-    int inside = -1;  // just inside it
+    int outside = -1; // just above the middle of the pill's top edge
+    int inside = -1;  // just below that edge
     int below = -1;   // just below the pill, where its shadow falls
 
     QString describe() const
@@ -55,8 +55,8 @@ struct AroundThePill
 };
 
 // Reads the screen around the shown overlay; the pill, without rows and so
-// without dots, sits in the middle of the window inside the view's 34-pixel
-// padding.
+// without dots, sits in the middle of the window, 34 pixels below its top.
+// The window may be wider than the pill: its width goes in steps.
 std::optional<AroundThePill> lookAroundThePill(XDesktop& desktop)
 {
     const QList<xcb_window_t> overlays =
@@ -69,8 +69,8 @@ std::optional<AroundThePill> lookAroundThePill(XDesktop& desktop)
     AroundThePill seen;
     seen.behind = qGray(desktop.pixel({window.left() - 30, middle}));
     seen.margin = qGray(desktop.pixel(window.topLeft() + QPoint(4, 4)));
-    seen.outside = qGray(desktop.pixel({window.left() + padding - 2, middle}));
-    seen.inside = qGray(desktop.pixel({window.left() + padding + 3, middle}));
+    seen.outside = qGray(desktop.pixel({window.center().x(), window.top() + padding - 2}));
+    seen.inside = qGray(desktop.pixel({window.center().x(), window.top() + padding + 3}));
     seen.below = qGray(desktop.pixel({window.center().x(), window.bottom() - padding + 4}));
     return seen;
 }

@@ -98,22 +98,51 @@ void OverlayWindowTest::placedInTheChosenCornerAndFollowsTheContent()
     QVERIFY(size.height() >= OverlayController::MinHeight);
 
     // Where each position puts the panel is the controller's own test; here
-    // the frame must reach the real window and its view.
+    // the frame must reach the real window and its view, whose pill keeps to
+    // the corner however much wider than it the window is.
     f.prefs.setOverlayPosition(OverlayPosition::bottomRight);
     f.controller.showNow();
     const int m = int(OverlayController::Margin);
-    const QPoint corner = area.bottomRight() - QPoint(m, m);
-    QCOMPARE(f.window().geometry(),
-             QRect(corner - QPoint(size.width() - 1, size.height() - 1), size));
-    QCOMPARE(f.window().view().geometry(), QRect(QPoint(0, 0), size));
-
-    // Laid out again for wider content: pinned to the same corner.
     const QRect before = f.window().geometry();
+    QCOMPARE(before.bottomRight(), area.bottomRight() - QPoint(m, m));
+    QCOMPARE(before.height(), size.height());
+    QVERIFY(before.width() >= size.width());
+    QCOMPARE(f.window().view().geometry(), QRect(QPoint(0, 0), before.size()));
+    const QRectF pill = f.window().view().pillRect();
+    QCOMPARE(pill.right(), double(before.width() - OverlayView::Padding));
+
+    // Typing widens the pill letter by letter; the window follows in steps,
+    // not at every letter, and the pill stays in the corner all along.
+    QString typed = QStringLiteral("Safari Technology Preview");
+    f.controller.model().setItems({row(typed), row("Slack")});
+    f.controller.layout(f.window());
+    int resizes = 0;
+    for (int letter = 0; letter < 8; ++letter) {
+        const QRect frame = f.window().geometry();
+        const double width = f.window().view().pillRect().width();
+        typed += QLatin1Char('m');
+        f.controller.model().setItems({row(typed), row("Slack")});
+        f.controller.layout(f.window());
+        resizes += f.window().geometry() != frame;
+        QVERIFY(f.window().view().pillRect().width() > width);
+        QCOMPARE(f.window().view().pillRect().right(),
+                 double(f.window().width() - OverlayView::Padding));
+    }
+    QVERIFY2(resizes <= 4, qPrintable(QString::number(resizes)));
+
+    // Much wider content: a wider window, pinned to the same corner.
     f.controller.model().setItems({row("A much longer title than before"), row("B")});
     f.controller.layout(f.window());
     const QRect after = f.window().geometry();
     QVERIFY(after.width() > before.width());
     QCOMPARE(after.bottomRight(), before.bottomRight());
+
+    // Pinned by the left, the pill keeps to the left.
+    f.prefs.setOverlayPosition(OverlayPosition::topLeft);
+    f.controller.model().setItems({row("Safari"), row("Slack")});
+    f.controller.showNow();
+    QCOMPARE(f.window().geometry().topLeft(), area.topLeft() + QPoint(m, m));
+    QCOMPARE(f.window().view().pillRect().left(), double(OverlayView::Padding));
 }
 
 // Every key lays the panel out again. One that moves or resizes it is
