@@ -12,6 +12,7 @@
 #include "VelkorInstance.h"
 #include "XDesktop.h"
 
+#include <QProcess>
 #include <array>
 
 namespace velkor::xbench {
@@ -26,6 +27,39 @@ void reportMemory(const QString& at, qint64 pid)
         report(QStringLiteral("soak_rss_mb_at_") + at, m->residentMb);
         report(QStringLiteral("soak_rss_anon_mb_at_") + at, m->anonymousMb);
     }
+}
+
+// What a Qt program with a tray icon and an overlay and nothing else keeps
+// resident on the same desk, idle and after as many showings as a soak
+// shows the overlay: the part of Velkor's figure that is Qt's.
+void reportQtFloor(e2e::XDesktop& desktop)
+{
+#ifdef VELKOR_QT_FLOOR
+    constexpr int Showings = 300;
+    QProcess floor;
+    floor.setProcessEnvironment(desktop.environment());
+    floor.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    floor.start(QStringLiteral(VELKOR_QT_FLOOR), {QString::number(Showings)});
+    auto waitFor = [&floor](const char* line) {
+        return floor.waitForReadyRead(30000) && floor.readLine().startsWith(line);
+    };
+    if (waitFor("idle")) {
+        if (const auto idle = memoryOf(floor.processId()))
+            report(QStringLiteral("qt_floor_idle_rss_mb"), idle->residentMb);
+        if (waitFor("done")) {
+            e2e::XDesktop::settle(500);
+            if (const auto end = memoryOf(floor.processId())) {
+                report(QStringLiteral("qt_floor_rss_mb"), end->residentMb);
+                report(QStringLiteral("qt_floor_rss_anon_mb"), end->anonymousMb);
+                report(QStringLiteral("qt_floor_private_mb"), end->privateMb);
+            }
+        }
+    }
+    floor.kill();
+    floor.waitForFinished(2000);
+#else
+    Q_UNUSED(desktop);
+#endif
 }
 
 } // namespace
@@ -51,6 +85,7 @@ int runSoak(const Options& options)
     reportMemory(QStringLiteral("0"), pid);
     const auto start = Clock::now();
     const double cpuStart = cpuMs(pid);
+    const qint64 wakeupsStart = wakeups(pid);
     double cpuMark = cpuStart;
     std::optional<double> rssAt200;
     std::array<int, size_t(Gesture::Count)> done{}, missed{};
@@ -86,6 +121,9 @@ int runSoak(const Options& options)
     e2e::XDesktop::settle(1000);
     report(QStringLiteral("soak_seconds"), seconds);
     report(QStringLiteral("soak_cpu_ms_per_gesture"), (cpuMs(pid) - cpuStart) / total);
+    // Steadier than CPU time on a shared machine, and on a virtual one most
+    // of a gesture's time is spent waking up.
+    report(QStringLiteral("soak_wakeups_per_gesture"), double(wakeups(pid) - wakeupsStart) / total);
     const Memory end = memoryOf(pid).value_or(Memory{});
     report(QStringLiteral("soak_rss_mb_end"), end.residentMb);
     report(QStringLiteral("soak_rss_file_mb_end"), end.fileMb);
@@ -105,6 +143,7 @@ int runSoak(const Options& options)
         unconfirmed += missed[g];
     }
     report(QStringLiteral("soak_unconfirmed"), unconfirmed);
+    reportQtFloor(desktop);
     return 0;
 }
 
