@@ -16,11 +16,21 @@ namespace {
 // is read only this far.
 constexpr uint32_t MaxClients = 4096;
 
+// A window manager's answer to one request changes several root properties
+// within a millisecond, each told in an event of its own: an activation
+// sets the active window (often twice: none, then the window) and the
+// stacking. Reading them this long after the first change reads the burst
+// once.
+constexpr int RootBurstMs = 4;
+
 } // namespace
 
 X11WindowCache::X11WindowCache(std::shared_ptr<X11Connection> connection)
     : m_connection(std::move(connection)), m_reader(*m_connection)
 {
+    m_rootRead.setSingleShot(true);
+    m_rootRead.setInterval(RootBurstMs);
+    m_rootRead.callOnTimeout(this, &X11WindowCache::readPendingRoot);
     // Event masks are per client: what is selected on the root adds to what
     // Qt selected there rather than replacing it.
     xcb_connection_t* c = m_connection->get();
@@ -313,12 +323,11 @@ void X11WindowCache::readRoot(unsigned fields, const RootRequests& requests)
 
 void X11WindowCache::readRootLater(unsigned fields)
 {
-    // A window manager changes several root properties at once (a window
-    // activated: the active window and the stacking; a new one: the lists
-    // too). Each is asked for at once and read once the burst of events is
-    // handled, when the answers are mostly in and reading them rarely waits.
+    // Each change is asked for at once and read once the window manager's
+    // burst of changes is over, when the answers are in and reading them
+    // does not wait.
     if (!m_rootPending)
-        QMetaObject::invokeMethod(this, &X11WindowCache::readPendingRoot, Qt::QueuedConnection);
+        m_rootRead.start();
     // An answer asked for before this change may tell of the value before it.
     discardRoot(m_rootPending & fields, m_rootRequests);
     requestRoot(fields, m_rootRequests);

@@ -9,6 +9,7 @@
 #include <QHash>
 #include <QList>
 #include <QObject>
+#include <QTimer>
 #include <memory>
 #include <optional>
 
@@ -128,6 +129,7 @@ private:
     bool m_topLevelsPending = false;
     unsigned m_rootPending = 0;  // RootField flags changed since the last read
     RootRequests m_rootRequests; // asked for m_rootPending, not read yet
+    QTimer m_rootRead;           // reads m_rootPending after a burst
     quint64 m_generation = 0;
 };
 
