@@ -10,7 +10,8 @@ namespace velkor::x11 {
 namespace {
 
 // GIO's functions, typed by its own declarations; GObject's come from
-// GIO's dependencies.
+// GIO's dependencies. One library for the whole process: a second launcher
+// resolves the same addresses again.
 struct GioFunctions
 {
     decltype(&g_desktop_app_info_new_from_filename) appInfoFromFile = nullptr;
