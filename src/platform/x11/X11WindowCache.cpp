@@ -43,7 +43,6 @@ X11WindowCache::X11WindowCache(std::shared_ptr<X11Connection> connection)
 
 X11WindowCache::~X11WindowCache()
 {
-    discardRoot(m_rootPending, m_rootRequests);
     if (auto* app = QCoreApplication::instance())
         app->removeNativeEventFilter(this);
 }
@@ -51,8 +50,8 @@ X11WindowCache::~X11WindowCache()
 void X11WindowCache::reload()
 {
     ++m_generation;
-    // Everything is read below; what was asked before is not needed.
-    discardRoot(std::exchange(m_rootPending, 0), m_rootRequests);
+    // Everything is read below, the changes waiting to be read too.
+    m_rootPending = 0;
     m_clients.clear();
     m_clientOrder.clear();
     m_stacking.clear();
@@ -268,21 +267,6 @@ void X11WindowCache::requestRoot(unsigned fields, RootRequests& r) const
     }
 }
 
-void X11WindowCache::discardRoot(unsigned fields, const RootRequests& r) const
-{
-    xcb_connection_t* c = m_connection->get();
-    if (fields & ClientListField)
-        xcb_discard_reply(c, r.clientList.sequence);
-    if (fields & StackingField)
-        xcb_discard_reply(c, r.stacking.sequence);
-    if (fields & ActiveField)
-        xcb_discard_reply(c, r.active.sequence);
-    if (fields & DesktopsField) {
-        xcb_discard_reply(c, r.desktopCount.sequence);
-        xcb_discard_reply(c, r.currentDesktop.sequence);
-    }
-}
-
 std::optional<QList<quint32>> X11WindowCache::rootValues(xcb_get_property_cookie_t cookie,
                                                          xcb_atom_t type) const
 {
@@ -323,16 +307,11 @@ void X11WindowCache::readRoot(unsigned fields, const RootRequests& requests)
 
 void X11WindowCache::readRootLater(unsigned fields)
 {
-    // Each change is asked for at once and read once the window manager's
-    // burst of changes is over, when the answers are in and reading them
-    // does not wait.
+    // Asked for once the window manager's burst of changes is over: one
+    // request and one answer for the burst, telling of where it ended.
     if (!m_rootPending)
         m_rootRead.start();
-    // An answer asked for before this change may tell of the value before it.
-    discardRoot(m_rootPending & fields, m_rootRequests);
-    requestRoot(fields, m_rootRequests);
     m_rootPending |= fields;
-    m_connection->flush();
 }
 
 void X11WindowCache::readPendingRoot()
@@ -340,7 +319,9 @@ void X11WindowCache::readPendingRoot()
     const unsigned fields = std::exchange(m_rootPending, 0);
     if (!fields)
         return; // reload() read it all
-    readRoot(fields, m_rootRequests);
+    RootRequests requests;
+    requestRoot(fields, requests);
+    readRoot(fields, requests);
     if (fields & ClientListField)
         emit clientsChanged();
     if (fields & ActiveField)

@@ -99,7 +99,6 @@ private:
     void selectRootEvents();
     void setClients(QList<xcb_window_t> windows);
     void requestRoot(unsigned fields, RootRequests& requests) const;
-    void discardRoot(unsigned fields, const RootRequests& requests) const;
     void readRoot(unsigned fields, const RootRequests& requests);
     void readRootLater(unsigned fields);
     void readPendingRoot();
@@ -127,9 +126,8 @@ private:
     xcb_window_t m_wmCheck = NoWindow;
     uint32_t m_qtRootMask = 0; // what Qt selected on the root before us
     bool m_topLevelsPending = false;
-    unsigned m_rootPending = 0;  // RootField flags changed since the last read
-    RootRequests m_rootRequests; // asked for m_rootPending, not read yet
-    QTimer m_rootRead;           // reads m_rootPending after a burst
+    unsigned m_rootPending = 0; // RootField flags changed since the last read
+    QTimer m_rootRead;          // reads m_rootPending after a burst
     quint64 m_generation = 0;
 };
 
