@@ -58,9 +58,8 @@ QPainterPath capsulePath(const QRectF& rect)
 
 // The pixels whose centre lies inside the capsule (a circle when square), row
 // by row: the window's edge is then where the antialiased edge is half covered.
-QRegion capsuleRegion(const QRectF& rect)
+void appendCapsuleRows(const QRectF& rect, QList<QRect>& rows)
 {
-    QRegion region;
     const double radius = std::min(rect.width(), rect.height()) / 2;
     const double centreY = rect.center().y();
     for (int y = int(std::floor(rect.top())); y < int(std::ceil(rect.bottom())); ++y) {
@@ -71,9 +70,8 @@ QRegion capsuleRegion(const QRectF& rect)
         const int left = int(std::ceil(rect.left() + radius - dx - 0.5));
         const int right = int(std::floor(rect.right() - radius + dx - 0.5));
         if (right >= left)
-            region += QRect(left, y, right - left + 1, 1);
+            rows.append(QRect(left, y, right - left + 1, 1));
     }
-    return region;
 }
 
 // Where the pill and the dots sit in a panel wider than they need: on the
@@ -172,9 +170,17 @@ QRegion OverlayView::shape() const
     const Geometry g = geometryFor(size());
     if (g.pill == m_shapePill && g.dots == m_shapeDots && !m_shape.isEmpty())
         return m_shape;
-    QRegion region = capsuleRegion(g.pill);
+    QList<QRect> rows;
+    appendCapsuleRows(g.pill, rows);
     for (const QRectF& dot : g.dots)
-        region += capsuleRegion(dot);
+        appendCapsuleRows(dot, rows);
+    // Given at once, top to bottom and left to right, the rows make the
+    // region in one pass; added one by one, each copies it again.
+    std::sort(rows.begin(), rows.end(), [](const QRect& a, const QRect& b) {
+        return a.y() != b.y() ? a.y() < b.y() : a.x() < b.x();
+    });
+    QRegion region;
+    region.setRects(rows.constData(), int(rows.size()));
     m_shapePill = g.pill;
     m_shapeDots = g.dots;
     m_shape = region;

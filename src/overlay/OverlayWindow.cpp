@@ -13,6 +13,7 @@
 #include <QScreen>
 #include <QVBoxLayout>
 #include <QWindow>
+#include <utility>
 
 namespace velkor {
 
@@ -117,8 +118,10 @@ void OverlayWindow::setFrame(const QRectF& frame)
 void OverlayWindow::orderFront()
 {
     m_releaseHeap.stop();
-    if (!isVisible())
+    if (!isVisible()) {
+        followPillWhileHidden();
         show();
+    }
     m_shell.orderOverlayFront(windowHandle());
 }
 
@@ -133,6 +136,7 @@ void OverlayWindow::fadeIn(double seconds)
     }
     setWindowOpacity(0.0);
     m_releaseHeap.stop();
+    followPillWhileHidden();
     show();
     m_shell.orderOverlayFront(windowHandle());
     m_fade->setDuration(int(seconds * 1000));
@@ -165,8 +169,22 @@ void OverlayWindow::followCompositing()
 
 void OverlayWindow::pillChanged()
 {
+    // Hidden, the shape and the blur wait for the next showing: most sessions
+    // end before the overlay's delay, and every key of them changes the pill.
+    if (!isVisible()) {
+        m_pillChangedWhileHidden = true;
+        return;
+    }
     updateBlur();
     updateShape();
+}
+
+void OverlayWindow::followPillWhileHidden()
+{
+    if (std::exchange(m_pillChangedWhileHidden, false)) {
+        updateBlur();
+        updateShape();
+    }
 }
 
 void OverlayWindow::updateShape()

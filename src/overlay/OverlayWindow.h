@@ -47,6 +47,7 @@ public:
 private:
     void followCompositing();
     void pillChanged();
+    void followPillWhileHidden();
     void updateBlur();
     void updateShape();
 
@@ -55,6 +56,7 @@ private:
     OverlayView* m_view;
     QPropertyAnimation* m_fade;
     QTimer m_releaseHeap;
+    bool m_pillChangedWhileHidden = false;
 };
 
 } // namespace velkor
