@@ -84,6 +84,12 @@ enum class Anchor
     right
 };
 
+// The row of dots under the pill, one per candidate.
+double dotsWidth(int count)
+{
+    return count > 0 ? count * OverlayView::DotSize + (count - 1) * OverlayView::DotSpacing : 0;
+}
+
 Anchor anchorOf(OverlayPosition position)
 {
     switch (position) {
@@ -245,8 +251,7 @@ QSize OverlayView::sizeHint() const
     double width = pill.width();
     double height = pill.height();
     if (m_content.dotCount > 0) {
-        const int n = m_content.dotCount;
-        width = std::max<double>(width, n * DotSize + (n - 1) * DotSpacing);
+        width = std::max(width, dotsWidth(m_content.dotCount));
         height += StackSpacing + DotSize;
     }
     return {int(std::ceil(width)) + 2 * Padding, int(std::ceil(height)) + 2 * Padding};
@@ -260,10 +265,10 @@ OverlayView::Geometry OverlayView::geometryFor(const QSize& size) const
     const double pillWidth = std::min(natural.width(), std::max<double>(available, 0));
     const double dotsHeight = m_content.dotCount > 0 ? StackSpacing + DotSize : 0;
     const int n = m_content.dotCount;
-    const double dotsWidth = n > 0 ? n * DotSize + (n - 1) * DotSpacing : 0;
+    const double dotsRowWidth = dotsWidth(n);
     // The pill and dots are one block, each centred in it, as the size hint
     // laid them out; the block keeps to the panel's anchored side.
-    const double blockWidth = std::max(pillWidth, dotsWidth);
+    const double blockWidth = std::max(pillWidth, dotsRowWidth);
     double blockLeft = (size.width() - blockWidth) / 2;
     switch (anchorOf(m_prefs.overlayPosition())) {
     case Anchor::left:
@@ -308,7 +313,7 @@ OverlayView::Geometry OverlayView::geometryFor(const QSize& size) const
         g.chip = QRectF(x + PillSpacing + ChipLeading, midY - chip.height() / 2, chip.width(),
                         chip.height());
 
-    double dotX = blockLeft + (blockWidth - dotsWidth) / 2;
+    double dotX = blockLeft + (blockWidth - dotsRowWidth) / 2;
     const double dotY = g.pill.bottom() + StackSpacing;
     for (int i = 0; i < n; ++i) {
         g.dots.append(QRectF(dotX, dotY, DotSize, DotSize));

@@ -119,7 +119,7 @@ void OverlayWindow::orderFront()
 {
     m_releaseHeap.stop();
     if (!isVisible()) {
-        followPillWhileHidden();
+        followPill();
         show();
     }
     m_shell.orderOverlayFront(windowHandle());
@@ -136,7 +136,7 @@ void OverlayWindow::fadeIn(double seconds)
     }
     setWindowOpacity(0.0);
     m_releaseHeap.stop();
-    followPillWhileHidden();
+    followPill();
     show();
     m_shell.orderOverlayFront(windowHandle());
     m_fade->setDuration(int(seconds * 1000));
@@ -171,17 +171,14 @@ void OverlayWindow::pillChanged()
 {
     // Hidden, the shape and the blur wait for the next showing: most sessions
     // end before the overlay's delay, and every key of them changes the pill.
-    if (!isVisible()) {
-        m_pillChangedWhileHidden = true;
-        return;
-    }
-    updateBlur();
-    updateShape();
+    m_pillChanged = true;
+    if (isVisible())
+        followPill();
 }
 
-void OverlayWindow::followPillWhileHidden()
+void OverlayWindow::followPill()
 {
-    if (std::exchange(m_pillChangedWhileHidden, false)) {
+    if (std::exchange(m_pillChanged, false)) {
         updateBlur();
         updateShape();
     }

@@ -47,7 +47,7 @@ public:
 private:
     void followCompositing();
     void pillChanged();
-    void followPillWhileHidden();
+    void followPill();
     void updateBlur();
     void updateShape();
 
@@ -56,7 +56,7 @@ private:
     OverlayView* m_view;
     QPropertyAnimation* m_fade;
     QTimer m_releaseHeap;
-    bool m_pillChangedWhileHidden = false;
+    bool m_pillChanged = false; // the shape and blur do not follow the pill yet
 };
 
 } // namespace velkor
