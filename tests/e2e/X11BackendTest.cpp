@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "XDesktop.h"
 #include "platform/x11/X11Connection.h"
+#include "platform/x11/X11FocusedKeyboardState.h"
 #include "platform/x11/X11ShellIntegration.h"
 #include "platform/x11/X11SpaceSystem.h"
 #include "platform/x11/X11WindowCache.h"
@@ -8,6 +9,7 @@
 #include "platform/x11/X11Workspace.h"
 #include "platform/x11/XdgDesktopEntryIndex.h"
 
+#include <QAbstractNativeEventFilter>
 #include <QDir>
 #include <QFile>
 #include <QGuiApplication>
@@ -18,6 +20,11 @@
 #include <memory>
 #include <sys/stat.h>
 
+// xcb's XKB header names a field "explicit", which C++ reserves.
+#define explicit xkb_explicit
+#include <xcb/xkb.h>
+#undef explicit
+
 using namespace velkor;
 using namespace velkor::e2e;
 using namespace velkor::x11;
@@ -25,6 +32,43 @@ using namespace velkor::x11;
 namespace {
 
 XDesktop* g_desktop = nullptr;
+
+// Counts the keyboard state events that reach Qt's connection.
+class KeyboardStateEvents final : public QAbstractNativeEventFilter
+{
+public:
+    KeyboardStateEvents()
+    {
+        const auto* xkb = xcb_get_extension_data(X11Connection::fromQt()->get(), &xcb_xkb_id);
+        m_firstEvent = xkb ? xkb->first_event : 0;
+        QCoreApplication::instance()->installNativeEventFilter(this);
+    }
+    ~KeyboardStateEvents() override { QCoreApplication::instance()->removeNativeEventFilter(this); }
+
+    int count = 0;
+
+    bool nativeEventFilter(const QByteArray&, void* message, qintptr*) override
+    {
+        const auto* event = static_cast<const xcb_xkb_state_notify_event_t*>(message);
+        if (m_firstEvent && (event->response_type & 0x7f) == m_firstEvent &&
+            event->xkbType == XCB_XKB_STATE_NOTIFY)
+            ++count;
+        return false;
+    }
+
+private:
+    uint8_t m_firstEvent = 0;
+};
+
+// A window of the app's own that keeps the text of the keys it gets.
+class TypedInto final : public QWindow
+{
+public:
+    QString text;
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override { text += event->text(); }
+};
 
 } // namespace
 
@@ -306,6 +350,54 @@ private slots:
                    "\n");
         file.close();
         QVERIFY(shell.iconForFile(entry).isNull());
+    }
+
+    void qtHearsTheKeyboardStateOnlyWhileAWindowOfOursHasTheFocus()
+    {
+        X11FocusedKeyboardState followFocus(X11Connection::fromQt());
+        KeyboardStateEvents events;
+        xcb_connection_t* c = X11Connection::fromQt()->get();
+        // Whatever the server sent before answering has been dispatched.
+        auto heardAll = [c] {
+            free(xcb_get_input_focus_reply(c, xcb_get_input_focus(c), nullptr));
+            QCoreApplication::processEvents();
+            XDesktop::settle(50);
+            QCoreApplication::processEvents();
+        };
+        TypedInto window;
+        window.resize(120, 40);
+        auto focus = [&window](bool on) {
+            window.setVisible(on);
+            if (on)
+                window.requestActivate();
+            return eventually(
+                [&] { return QGuiApplication::focusWindow() == (on ? &window : nullptr); });
+        };
+        desktop().tap(key::ShiftL);
+        desktop().tap(key::SuperR);
+        heardAll();
+        QCOMPARE(events.count, 0);
+
+        QVERIFY(focus(true));
+        desktop().press(key::ShiftL);
+        auto releaseShift = qScopeGuard([&] { desktop().release(key::ShiftL); });
+        desktop().tap(key::of(QLatin1Char('a')));
+        QVERIFY(eventually([&] { return window.text == QLatin1String("A"); }));
+        QVERIFY(events.count > 0);
+        // Shift let go while no window of ours had the focus: the window that
+        // gets it again does not type capitals.
+        QVERIFY(focus(false));
+        releaseShift.dismiss();
+        desktop().release(key::ShiftL);
+        heardAll();
+        events.count = 0;
+        desktop().tap(key::ShiftL);
+        heardAll();
+        QCOMPARE(events.count, 0);
+        QVERIFY(focus(true));
+        desktop().tap(key::of(QLatin1Char('b')));
+        QVERIFY(eventually([&] { return window.text.size() == 2; }));
+        QCOMPARE(window.text, QLatin1String("Ab"));
     }
 
     void appsWithoutAnEntryShowTheirWindowsIcon()

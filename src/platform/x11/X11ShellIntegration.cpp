@@ -3,6 +3,7 @@
 
 #include "platform/x11/Gio.h"
 #include "platform/x11/X11Connection.h"
+#include "platform/x11/X11FocusedKeyboardState.h"
 #include "platform/x11/X11SelectionWatch.h"
 #include "platform/x11/X11WindowCache.h"
 #include "platform/x11/X11WindowIcon.h"
@@ -28,7 +29,8 @@ X11ShellIntegration::X11ShellIntegration(std::shared_ptr<X11Connection> connecti
                                          std::shared_ptr<const X11WindowCache> windows)
     : m_connection(std::move(connection)), m_windows(std::move(windows)),
       m_compositor(std::make_unique<X11SelectionWatch>(m_connection, "_NET_WM_CM_S")),
-      m_trayHost(std::make_unique<X11SelectionWatch>(m_connection, "_NET_SYSTEM_TRAY_S"))
+      m_trayHost(std::make_unique<X11SelectionWatch>(m_connection, "_NET_SYSTEM_TRAY_S")),
+      m_keyboardState(std::make_unique<X11FocusedKeyboardState>(m_connection))
 {
     readBlurSupport();
     // A compositor that starts may be the window manager itself (KWin), with

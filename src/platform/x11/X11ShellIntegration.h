@@ -8,6 +8,7 @@
 namespace velkor::x11 {
 
 class X11Connection;
+class X11FocusedKeyboardState;
 class X11SelectionWatch;
 class X11WindowCache;
 
@@ -15,7 +16,8 @@ class X11WindowCache;
 // focused, on every desktop and in no task list), the compositing manager
 // and the tray host followed as they start and stop, blur through the KDE
 // blur protocol where the compositor offers it, icons from desktop entries
-// and from the icons windows carry.
+// and from the icons windows carry; Qt's connection told of the keyboard's
+// state only while one of Velkor's windows has the focus.
 class X11ShellIntegration final : public ShellIntegration
 {
 public:
@@ -42,6 +44,7 @@ private:
     std::shared_ptr<const X11WindowCache> m_windows;
     std::unique_ptr<X11SelectionWatch> m_compositor;
     std::unique_ptr<X11SelectionWatch> m_trayHost;
+    std::unique_ptr<X11FocusedKeyboardState> m_keyboardState;
     bool m_blurSupported = false;
 };
 
